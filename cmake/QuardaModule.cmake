@@ -1,0 +1,19 @@
+# One module, one target. A module exports its own folder and nothing else, and whoever uses a
+# header of another module must name that module under USES: an include that the layers do not
+# allow does not compile.
+function(qd_module name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE ${ARG_USES} qd_options)
+  set_property(GLOBAL APPEND PROPERTY QD_MODULES ${name})
+endfunction()
+
+# The test program of one module, run by CTest test by test. QD_TEST_DATA is the folder tests/data.
+function(qd_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_USES} qd_options GTest::gtest_main)
+  target_compile_definitions(${name} PRIVATE QD_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+endfunction()

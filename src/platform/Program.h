@@ -1,0 +1,20 @@
+// This process: its program, its arguments, the module the engine's code lies in.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quarda::platform {
+
+/// The full path of the program this process runs.
+std::string ProgramPath();
+/// The folder of that program, without a trailing backslash: the engine's base folder.
+std::string ProgramFolder();
+/// The arguments as the system splits them; argument 0 is the program path. An argument that is an
+/// absolute native path of an existing file or folder comes in the Windows form.
+std::vector<std::string> ProgramArguments();
+/// The full path of the module (library or program) that holds this code.
+std::string ModulePath();
+
+}  // namespace quarda::platform
