@@ -1,0 +1,35 @@
+# What gets installed: `runtime`, one folder that is a base folder as it stands, and `sdk`, the
+# contract headers with a CMake package, which is all that an outside plug-in needs.
+include(CMakePackageConfigHelpers)
+
+set(runtime_targets)
+foreach(target quarda quarda-request QDEngine)
+  if(TARGET ${target})
+    list(APPEND runtime_targets ${target})
+    install(TARGETS ${target} COMPONENT runtime
+            RUNTIME DESTINATION . LIBRARY DESTINATION . NAMELINK_SKIP)
+  endif()
+endforeach()
+if(runtime_targets)
+  add_custom_target(runtime DEPENDS ${runtime_targets})
+endif()
+
+# The headers of the contract as a target of their own: the module of the same folder also carries
+# what only the engine needs.
+set(contract_dir ${PROJECT_SOURCE_DIR}/src/contract)
+set(contract_generated_dir ${PROJECT_BINARY_DIR}/src/contract)
+add_library(qd_sdk INTERFACE)
+set_target_properties(qd_sdk PROPERTIES EXPORT_NAME QDIntf)
+target_compile_features(qd_sdk INTERFACE cxx_std_20)
+target_include_directories(qd_sdk INTERFACE $<INSTALL_INTERFACE:include/quarda>)
+
+install(FILES ${contract_dir}/AnsiString.h ${contract_dir}/RefCounted.h ${contract_dir}/QDIntf.h
+              ${contract_generated_dir}/QDCall.h
+        DESTINATION include/quarda COMPONENT sdk)
+install(TARGETS qd_sdk EXPORT QDEngine COMPONENT sdk)
+install(EXPORT QDEngine FILE QDEngineConfig.cmake NAMESPACE QDEngine::
+        DESTINATION lib/cmake/QDEngine COMPONENT sdk)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/QDEngineConfigVersion.cmake
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/QDEngineConfigVersion.cmake
+        DESTINATION lib/cmake/QDEngine COMPONENT sdk)
