@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -117,7 +118,7 @@ class TReplacingFile {
 
  private:
   struct TState;
-  TState* state_;
+  std::unique_ptr<TState> state_;
 };
 
 /// The whole file as bytes. Raises EPlatformError when it cannot be read.

@@ -1,0 +1,29 @@
+// Whole files in one call, the same on every system.
+#include "Files.h"
+
+namespace quarda::platform {
+
+// The size is only a first guess: the file may grow, and some files of the system report none.
+std::string ReadWholeFile(std::string_view path) {
+  TFile file(path, TOpenMode::kRead);
+  std::string content;
+  size_t size = 0;
+  size_t wanted = static_cast<size_t>(file.Size()) + 1;
+  while (true) {
+    content.resize(size + wanted);
+    const size_t count = file.Read(content.data() + size, wanted);
+    size += count;
+    if (count < wanted) break;
+    wanted = size;
+  }
+  content.resize(size);
+  return content;
+}
+
+void ReplaceFileContent(std::string_view path, std::string_view content, TDurability durability) {
+  TReplacingFile file(path, durability);
+  file.Write(content.data(), content.size());
+  file.Commit();
+}
+
+}  // namespace quarda::platform
