@@ -1,0 +1,78 @@
+#include "Program.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <link.h>
+
+#include <array>
+#include <cstdlib>
+
+#include "FileCalls.h"
+#include "Files.h"
+#include "Paths.h"
+#include "PlatformError.h"
+
+namespace quarda::platform {
+
+using namespace posix;
+
+namespace {
+
+/// The arguments one behind the other, each closed by a NUL.
+std::string ReadCommandLine() {
+  constexpr const char* kSource = "/proc/self/cmdline";
+  const TDescriptor file(OpenFile(kSource, O_RDONLY));
+  std::string text;
+  std::array<char, 4096> buffer;
+  ssize_t size = file ? 1 : -1;
+  while (size > 0) {
+    size = ReadSome(file.Get(), buffer.data(), buffer.size());
+    if (size > 0) text.append(buffer.data(), static_cast<size_t>(size));
+  }
+  if (size < 0) throw EPlatformError(LastErrorCode(), WindowsPath(kSource));
+  return text;
+}
+
+std::string ArgumentFrom(const std::string& given) {
+  struct stat info;
+  const bool isPath = given.starts_with('/') && StatPath(given, info) == 0;
+  return isPath ? WindowsPath(given) : given;
+}
+
+}  // namespace
+
+std::string ProgramPath() {
+  std::string native;
+  if (ReadLink("/proc/self/exe", native) != 0) throw EPlatformError(LastErrorCode(), "program");
+  return WindowsPath(native);
+}
+
+std::string ProgramFolder() {
+  const std::string path = ProgramPath();
+  return path.substr(0, path.rfind('\\'));
+}
+
+std::vector<std::string> ProgramArguments() {
+  std::vector<std::string> arguments{ProgramPath()};
+  const std::string text = ReadCommandLine();
+  size_t start = text.find('\0');
+  while (start != std::string::npos && ++start < text.size()) {
+    const size_t end = text.find('\0', start);
+    arguments.push_back(ArgumentFrom(text.substr(start, end - start)));
+    start = end;
+  }
+  return arguments;
+}
+
+std::string ModulePath() {
+  static const char inThisModule = 0;
+  Dl_info info{};
+  link_map* module = nullptr;
+  const bool found =
+      ::dladdr1(&inThisModule, &info, reinterpret_cast<void**>(&module), RTLD_DL_LINKMAP) != 0;
+  const std::string native = found && module != nullptr ? module->l_name : "";
+  if (native.empty()) return ProgramPath();  // the loader has no name for the program itself
+  return FullPath(WindowsPath(native));
+}
+
+}  // namespace quarda::platform
