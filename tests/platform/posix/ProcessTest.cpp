@@ -1,0 +1,164 @@
+// Starting programs. The programs are shell scripts that the test writes.
+#include <Files.h>
+#include <PlatformError.h>
+#include <Process.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace quarda::platform {
+namespace {
+
+using std::chrono::milliseconds;
+
+TEST(ProgramLine, SplitsByTheWindowsRules) {
+  const struct {
+    const char* line;
+    std::vector<std::string> pieces;
+  } kRows[] = {
+      {"", {}},
+      {"  \t ", {}},
+      {" prog  a\tb ", {"prog", "a", "b"}},
+      {R"("C:\my dir\p.exe" "a b" c)", {R"(C:\my dir\p.exe)", "a b", "c"}},
+      {R"("C:\dir\" x)", {R"(C:\dir\)", "x"}},
+      {R"(p "a\"b" c\\d "e\\" f\"g)", {"p", "a\"b", R"(c\\d)", R"(e\)", "f\"g"}},
+      {R"(p "a""b" "" x"y z"w)", {"p", "a\"b", "", "xy zw"}},
+      {R"(p "open end)", {"p", "open end"}},
+      {R"(p \)", {"p", R"(\)"}},
+      {R"("")", {""}},
+  };
+  for (const auto& row : kRows) EXPECT_EQ(SplitProgramLine(row.line), row.pieces) << row.line;
+}
+
+class ProcessTest : public testing::Test {
+ protected:
+  ProcessTest() {
+    std::string name = (std::filesystem::temp_directory_path() / "quarda process-XXXXXX").string();
+    native_ = mkdtemp(name.data());
+    folder_ = WindowsPath(native_.string());
+  }
+  ~ProcessTest() override { std::filesystem::remove_all(native_); }
+
+  /// Writes a script and returns its Windows path in quotes.
+  std::string Script(const std::string& name, const std::string& body, bool executable = true) {
+    const std::filesystem::path path = native_ / name;
+    std::ofstream(path) << "#!/bin/sh\n" << body << "\n";
+    if (executable) std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    return '"' + folder_ + '\\' + name + '"';
+  }
+  std::string Output(const std::string& name) const {
+    std::ifstream file(native_ / name);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+  }
+  /// The exit code of a command that is waited for without limit.
+  static uint32_t Run(const std::string& commandLine, const std::string& folder = {}) {
+    TProcess process({commandLine, folder, false});
+    EXPECT_TRUE(process.Wait(std::nullopt));
+    return process.ExitCode();
+  }
+  static uint32_t StartError(const std::string& commandLine, const std::string& folder = {}) {
+    try {
+      TProcess process({commandLine, folder, false});
+    } catch (const EPlatformError& error) {
+      return error.Code();
+    }
+    return 0;
+  }
+
+  std::filesystem::path native_;
+  std::string folder_;
+};
+
+TEST_F(ProcessTest, GivesTheExitCode) {
+  EXPECT_EQ(Run("true"), 0u) << "a bare name is found on the search path";
+  EXPECT_EQ(Run(Script("five.sh", "exit 5")), 5u);
+  EXPECT_EQ(Run("\"/bin/sh\" -c \"exit 7\""), 7u);
+  EXPECT_EQ(Run("C:\\bin\\sh -c \"kill -11 $$\""), 11u) << "a crash is no clean result";
+}
+
+TEST_F(ProcessTest, HandsArgumentsOverWithoutAShell) {
+  const std::string script = Script("show.sh", "printf '%s|' \"$@\" > \"$(dirname \"$0\")/out\"");
+  EXPECT_EQ(
+      Run(script + " \"a b\" $HOME ; \"`id`\" * --file=C:\\tmp C:\\tmp\\x D:\\tmp /S C:x \"\""),
+      0u);
+  EXPECT_EQ(Output("out"), "a b|$HOME|;|`id`|*|--file=/tmp|/tmp/x|D:\\tmp|/S|C:x||");
+}
+
+TEST_F(ProcessTest, StartsInTheFolder) {
+  const std::string script = Script("where.sh", "pwd > \"$(dirname \"$0\")/out\"");
+  EXPECT_EQ(Run(script, "C:\\tmp"), 0u);
+  EXPECT_EQ(Output("out"), std::filesystem::canonical("/tmp").string() + "\n");
+  EXPECT_NE(StartError(script, folder_ + "\\missing"), 0u);
+}
+
+TEST_F(ProcessTest, ReportsWhatCannotBeStarted) {
+  EXPECT_EQ(StartError("\"" + folder_ + "\\missing.exe\" x"), static_cast<uint32_t>(ENOENT));
+  EXPECT_EQ(StartError("no-such-program-anywhere"), static_cast<uint32_t>(ENOENT));
+  EXPECT_EQ(StartError(Script("plain.sh", "exit 0", false)), static_cast<uint32_t>(EACCES));
+  EXPECT_EQ(StartError("\"" + folder_ + "\""), static_cast<uint32_t>(EACCES));
+  EXPECT_NE(StartError(""), 0u);
+  EXPECT_NE(StartError("\"\""), 0u);
+  EXPECT_NE(StartError(std::string("true \0x", 7)), 0u);
+  EXPECT_NE(StartError("true " + std::string(1 << 20, 'x')), 0u);
+  const std::filesystem::path text = native_ / "text";
+  std::ofstream(text) << "no program";
+  std::filesystem::permissions(text, std::filesystem::perms::owner_all);
+  EXPECT_EQ(StartError("\"" + folder_ + "\\text\""), static_cast<uint32_t>(ENOEXEC));
+}
+
+TEST_F(ProcessTest, EndsTheWholeGroupOnTimeOut) {
+  const std::string script =
+      Script("stubborn.sh",
+             "trap '' TERM INT HUP\n(sleep 30; echo late > \"$(dirname \"$0\")/late\") &\n"
+             "echo $! > \"$(dirname \"$0\")/child\"\nwhile :; do sleep 1; done");
+  TProcess process({script, {}, true});
+  EXPECT_FALSE(process.Wait(milliseconds(300)));
+  EXPECT_EQ(process.ExitCode(), TProcess::kStillActive);
+  process.Terminate(0);
+  EXPECT_EQ(process.ExitCode(), 0u);
+  const std::string child = Output("child");
+  ASSERT_FALSE(child.empty());
+  for (int i = 0; i < 100 && Run("\"/bin/sh\" -c \"kill -0 " + child.substr(0, child.size() - 1) +
+                                 " 2>/dev/null\"") == 0;
+       ++i) {
+    Run("sleep 0.02");
+  }
+  EXPECT_NE(Run("\"/bin/sh\" -c \"kill -0 " + child.substr(0, child.size() - 1) + " 2>/dev/null\""),
+            0u);
+}
+
+TEST_F(ProcessTest, LeavesNoDescriptorToTheProgram) {
+  const TFile open(folder_ + "\\held", TOpenMode::kCreate);
+  const int leaked = ::dup(2);  // one that somebody opened without care
+  EXPECT_EQ(Run(Script("list.sh",
+                       "ls /proc/self/fd | grep -vc '^[0-3]$' > \"$(dirname \"$0\")/out\"; true")),
+            0u);
+  ::close(leaked);
+  EXPECT_EQ(Output("out"), "0\n");
+}
+
+TEST_F(ProcessTest, SurvivesMuchOutputAndClosedHandles) {
+  EXPECT_EQ(
+      Run("\"/bin/sh\" -c \"head -c 5000000 /dev/zero > /dev/null; exec >&- 2>&- <&-; exit 3\""),
+      3u);
+}
+
+TEST_F(ProcessTest, ForgottenProgramsLeaveNoZombie) {
+  for (int i = 0; i < 3; ++i) TProcess({"true", {}, false});
+  Run("sleep 0.2");
+  Run("true");
+  EXPECT_EQ(
+      Run("\"/bin/sh\" -c \"ps -o stat= --ppid " + std::to_string(::getpid()) + " | grep -q Z\""),
+      1u);
+}
+
+}  // namespace
+}  // namespace quarda::platform
