@@ -1,0 +1,29 @@
+// The inner loops of the decoders, in the vector instructions of the processor where it has them.
+#pragma once
+
+#include <cstddef>
+
+namespace quarda {
+
+class TStringList;
+
+namespace kernels {
+
+/// Decodes base64 characters in wide blocks: all of a multiple of four, or nothing when that is too
+/// short or the processor has no wide blocks. Writes no byte but the decoded ones. Returns the
+/// number of characters decoded.
+size_t DecodeBase64(const char* source, size_t size, char* target) noexcept;
+
+/// Decodes the lines from `first` on as long as each is made of whole groups, is long enough for a
+/// wide block and fits into what is left of the target, which is moved on. Returns the first line
+/// that is not decoded.
+size_t DecodeBase64Lines(const TStringList& lines, size_t first, size_t end, char*& target,
+                         const char* targetEnd) noexcept;
+
+/// Copies the text up to its first "=" or NUL, in header mode with "_" made a blank, and returns
+/// its length. The target must have room for the whole text; what lies behind the copy is
+/// undefined.
+size_t CopyUntilEscape(const char* source, size_t size, char* target, bool headerMode) noexcept;
+
+}  // namespace kernels
+}  // namespace quarda

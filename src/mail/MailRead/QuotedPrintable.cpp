@@ -1,0 +1,246 @@
+// Quoted-printable in bodies and header words. The decoder copies whole runs up to the next escape
+// and can stop at any place of the text, so that lines are decoded block by block; every character
+// is read once.
+#include <StringList.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+
+#include "EncodingKernels.h"
+#include "Encodings.h"
+
+namespace quarda {
+namespace {
+
+constexpr int8_t kNoDigit = -1;
+
+constexpr std::array<int8_t, 256> MakeHexDigits() {
+  std::array<int8_t, 256> values{};
+  values.fill(kNoDigit);
+  for (int8_t digit = 0; digit < 10; ++digit) values[static_cast<size_t>('0' + digit)] = digit;
+  for (int8_t digit = 10; digit < 16; ++digit) {
+    values[static_cast<size_t>('A' + digit - 10)] = digit;
+    values[static_cast<size_t>('a' + digit - 10)] = digit;
+  }
+  return values;
+}
+
+constexpr std::array<int8_t, 256> kHexDigits = MakeHexDigits();
+
+int HexDigit(char c) noexcept { return kHexDigits[static_cast<unsigned char>(c)]; }
+
+// "=" and two digits.
+constexpr size_t kEscapeSize = 3;
+
+class TQuotedPrintableDecoder {
+ public:
+  explicit TQuotedPrintableDecoder(bool headerMode) noexcept : headerMode_(headerMode) {}
+
+  // Decodes to `out`, which must have room for `text.size()` bytes and is moved on. Returns how
+  // much of the text was read: unless it is the last piece, a possible escape at its end is not.
+  size_t Decode(std::string_view text, bool isLast, char*& out) noexcept {
+    size_t at = 0;
+    while (!ended_ && at < text.size()) {
+      if (inSoftBreak_ && IsDroppedInBreak(text[at])) {
+        ++at;
+        continue;
+      }
+      inSoftBreak_ = false;
+      if (text[at] != '=') {
+        const size_t run =
+            kernels::CopyUntilEscape(text.data() + at, text.size() - at, out, headerMode_);
+        at += run;
+        out += run;
+        if (at == text.size()) break;
+      }
+      if (text[at] == '\0') {
+        ended_ = true;
+      } else {
+        if (text.size() - at < kEscapeSize && !isLast) break;
+        at += DecodeEscape(text.substr(at), out);
+      }
+    }
+    return at;
+  }
+  // A NUL was met: nothing more will come.
+  bool HasEnded() const noexcept { return ended_; }
+
+ private:
+  static bool IsDroppedInBreak(char c) noexcept { return c == '\r' || c == '\n' || c == '='; }
+
+  size_t DecodeEscape(std::string_view text, char*& out) noexcept {
+    const char next = text.size() > 1 ? text[1] : '\0';
+    if (next == '\n' || next == '\r' || next == ' ') {
+      inSoftBreak_ = true;
+      return 2;
+    }
+    if (text.size() >= kEscapeSize) {
+      const int high = HexDigit(next);
+      const int low = HexDigit(text[2]);
+      if (high != kNoDigit && low != kNoDigit) {
+        *out++ = static_cast<char>(high << 4 | low);
+        return kEscapeSize;
+      }
+    }
+    *out++ = '=';
+    return 1;
+  }
+
+  const bool headerMode_;
+  bool inSoftBreak_ = false;
+  bool ended_ = false;
+};
+
+// Hands the decoded text of the joined lines to `sink(data, size)`, block by block.
+template <class TSink>
+void DecodeJoinedLines(const TStringList& lines, size_t first, size_t end, TSink sink) {
+  char packed[8192];
+  char decoded[sizeof packed];
+  size_t used = 0;
+  TQuotedPrintableDecoder decoder(false);
+  const auto flush = [&](bool isLast) {
+    char* out = decoded;
+    const size_t read = decoder.Decode({packed, used}, isLast, out);
+    sink(decoded, static_cast<size_t>(out - decoded));
+    used -= read;
+    std::memmove(packed, packed + read, used);
+  };
+  const auto add = [&](std::string_view text) {
+    while (!text.empty() && !decoder.HasEnded()) {
+      const size_t piece = std::min(text.size(), sizeof packed - used);
+      std::memcpy(packed + used, text.data(), piece);
+      used += piece;
+      text.remove_prefix(piece);
+      if (used == sizeof packed) flush(false);
+    }
+  };
+  for (size_t i = first; i < end && !decoder.HasEnded(); ++i) {
+    if (i > first) add("\r\n");
+    add(lines[i]);
+  }
+  flush(true);
+}
+
+size_t JoinedSize(const TStringList& lines, size_t first, size_t end) noexcept {
+  size_t size = 0;
+  for (size_t i = first; i < end; ++i) size += lines[i].size() + 2;
+  return size;
+}
+
+void AppendEscape(std::string& text, unsigned char c) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  const char escape[] = {'=', kDigits[c >> 4], kDigits[c & 15]};
+  text.append(escape, sizeof escape);
+}
+
+bool NeedsEscape(char c, bool headerMode) noexcept {
+  return c == '=' || static_cast<unsigned char>(c) >= 128 || (headerMode && c == '_');
+}
+
+bool IsPlainInHeader(char c) noexcept {
+  return static_cast<unsigned char>(c) >= 32 && static_cast<unsigned char>(c) < 128;
+}
+
+}  // namespace
+
+std::string QuotedPrintableToAnsi(std::string_view text, bool headerMode) {
+  std::string result(text.size(), '\0');
+  char* out = result.data();
+  TQuotedPrintableDecoder(headerMode).Decode(text, true, out);
+  result.resize(static_cast<size_t>(out - result.data()));
+  return result;
+}
+
+std::string DecodeQuotedPrintableLines(const TStringList& lines, size_t first, size_t end) {
+  std::string result;
+  result.reserve(JoinedSize(lines, first, end));
+  DecodeJoinedLines(lines, first, end,
+                    [&](const char* data, size_t size) { result.append(data, size); });
+  return result;
+}
+
+size_t DecodeQuotedPrintableLines(const TStringList& lines, size_t first, size_t end, void* target,
+                                  size_t capacity) {
+  size_t total = 0;
+  DecodeJoinedLines(lines, first, end, [&](const char* data, size_t size) {
+    const size_t fits = std::min(size, capacity - std::min(capacity, total));
+    if (fits > 0) std::memcpy(static_cast<char*>(target) + total, data, fits);
+    total += size;
+  });
+  return total;
+}
+
+std::string AnsiToQuotedPrintable(std::string_view text, bool headerMode) {
+  std::string result;
+  result.reserve(text.size());
+  for (const char c : text) {
+    if (NeedsEscape(c, headerMode)) {
+      AppendEscape(result, static_cast<unsigned char>(c));
+    } else {
+      result.push_back(headerMode && c == ' ' ? '_' : c);
+    }
+  }
+  return result;
+}
+
+std::string EncodeHeader(std::string_view value) {
+  if (std::all_of(value.begin(), value.end(), IsPlainInHeader)) return std::string(value);
+  return "=?iso-8859-1?Q?" + AnsiToQuotedPrintable(value, true) + "?=";
+}
+
+namespace {
+
+constexpr std::string_view kWordBegin = "=?";
+constexpr std::string_view kWordEnd = "?=";
+
+struct TEncodedWord {
+  char encoding;
+  std::string_view text;
+  size_t end;  // behind the word
+};
+
+// The word whose character set begins at `at`; nothing when it is cut off.
+std::optional<TEncodedWord> ReadWord(std::string_view value, size_t at) noexcept {
+  const size_t encoding = value.find('?', at);
+  if (encoding == value.npos) return std::nullopt;
+  const size_t text = value.find('?', encoding + 1);
+  if (text == value.npos) return std::nullopt;
+  const size_t end = value.find(kWordEnd, text + 1);
+  if (end == value.npos) return std::nullopt;
+  return TEncodedWord{value[encoding + 1], value.substr(text + 1, end - text - 1),
+                      end + kWordEnd.size()};
+}
+
+std::string DecodeWord(const TEncodedWord& word) {
+  switch (word.encoding) {
+    case 'Q':
+    case 'q':
+      return QuotedPrintableToAnsi(word.text, true);
+    case 'B':
+    case 'b':
+      return TextDecode(word.text, meBase64);
+    default:
+      return std::string(word.text);
+  }
+}
+
+}  // namespace
+
+std::string DecodeHeader(std::string_view value) {
+  std::string result;
+  size_t at = 0;
+  for (size_t begin; (begin = value.find(kWordBegin, at)) != value.npos;) {
+    result.append(value, at, begin - at);
+    at = begin + kWordBegin.size();
+    const auto word = ReadWord(value, at);
+    if (!word) break;
+    result += DecodeWord(*word);
+    at = word->end;
+  }
+  return result.append(value, at);
+}
+
+}  // namespace quarda
