@@ -63,8 +63,9 @@ size_t TStringStream::Read(void* buffer, size_t size) {
 }
 
 void TStringStream::Write(const void* data, size_t size) {
+  if (size == 0) return;
   if (position_ + size > text_.size()) text_.resize(position_ + size);
-  if (size > 0) std::memcpy(text_.data() + position_, data, size);
+  std::memcpy(text_.data() + position_, data, size);
   position_ += size;
 }
 

@@ -276,12 +276,12 @@ void TStringList::Assign(const TStringList& other) {
 
 void TStringList::AddStrings(const TStringList& other) {
   if (other.lines_.empty()) return;
-  const size_t count = other.lines_.size();
-  lines_.reserve(lines_.size() + count);
-  for (size_t i = 0; i < count; ++i) lines_.push_back(other.lines_[i]);
-  if (this != &other) {
-    for (const TTextBlock& block : other.blocks_) Keep(block);
+  if (this == &other) {
+    AddStrings(TStringList(other));
+    return;
   }
+  lines_.insert(lines_.end(), other.lines_.begin(), other.lines_.end());
+  for (const TTextBlock& block : other.blocks_) Keep(block);
   Changed();
 }
 
