@@ -1,0 +1,63 @@
+#include "FileNames.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace quarda {
+namespace {
+
+/// Where the file-name part begins.
+size_t NameStart(std::string_view path) noexcept {
+  return path.find_last_of("\\:") + 1;  // npos + 1 is 0
+}
+
+/// Where the extension begins: at its dot, or at the end.
+size_t ExtensionStart(std::string_view path) noexcept {
+  const size_t at = path.find_last_of(".\\:");
+  return at != std::string_view::npos && path[at] == '.' ? at : path.size();
+}
+
+}  // namespace
+
+std::string ExtractFileName(std::string_view path) {
+  return std::string(path.substr(NameStart(path)));
+}
+
+std::string ExtractFilePath(std::string_view path) {
+  return std::string(path.substr(0, NameStart(path)));
+}
+
+std::string ExtractFileDir(std::string_view path) {
+  std::string_view folder = path.substr(0, NameStart(path));
+  const bool isRoot = folder.ends_with(":\\") || folder.ends_with("\\\\") || folder.size() == 1;
+  if (folder.ends_with('\\') && !isRoot) folder.remove_suffix(1);
+  return std::string(folder);
+}
+
+std::string ExtractFileExt(std::string_view path) {
+  return std::string(path.substr(ExtensionStart(path)));
+}
+
+std::string ChangeFileExt(std::string_view path, std::string_view extension) {
+  return std::string(path.substr(0, ExtensionStart(path))).append(extension);
+}
+
+std::string AddTrailingBackslash(std::string_view path) {
+  std::string result(path);
+  if (!result.empty() && result.back() != '\\') result += '\\';
+  return result;
+}
+
+std::string JoinPath(std::string_view folder, std::string_view name) {
+  if (name.starts_with('\\') && !folder.empty()) name.remove_prefix(1);
+  return AddTrailingBackslash(folder).append(name);
+}
+
+std::string_view PathRoot(std::string_view path) noexcept {
+  if (!path.starts_with("\\\\")) return path.substr(0, 2);
+  const size_t server = path.find('\\', 2);
+  if (server == std::string_view::npos) return path;
+  return path.substr(0, path.find('\\', server + 1));
+}
+
+}  // namespace quarda
