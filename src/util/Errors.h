@@ -27,6 +27,13 @@ class EListError : public EError {
   const char* ClassName() const noexcept override { return "EListError"; }
 };
 
+/// A value that forms no valid number, date or time.
+class EConvertError : public EError {
+ public:
+  using EError::EError;
+  const char* ClassName() const noexcept override { return "EConvertError"; }
+};
+
 /// An error as the log names it.
 struct TErrorDescription {
   std::string className;
