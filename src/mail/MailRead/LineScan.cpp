@@ -1,0 +1,49 @@
+// Most of a mail is body, and only a line that begins with "--" can end a body. So the three
+// characters LF, "-", "-" are searched in vectors of 32 bytes, whatever the length of the lines.
+#include "LineScan.h"
+
+#include <array>
+#include <bit>
+#include <cstdint>
+
+namespace quarda {
+namespace {
+
+constexpr size_t kWidth = 16;
+using TBytes = signed char __attribute__((vector_size(kWidth)));
+
+TBytes Load(const char* at) noexcept {
+  TBytes bytes;
+  std::memcpy(&bytes, at, kWidth);
+  return bytes;
+}
+
+TBytes DashLines(const char* at) noexcept {
+  return (Load(at) == '\n') & (Load(at + 1) == '-') & (Load(at + 2) == '-');
+}
+
+bool Any(TBytes bytes) noexcept {
+  const auto words = std::bit_cast<std::array<uint64_t, 2>>(bytes);
+  return (words[0] | words[1]) != 0;
+}
+
+size_t FindPlainly(std::string_view text, size_t from) noexcept {
+  for (size_t i = from; i + 2 < text.size(); ++i) {
+    if (text[i] == '\n' && text[i + 1] == '-' && text[i + 2] == '-') return i + 1;
+  }
+  return std::string_view::npos;
+}
+
+}  // namespace
+
+size_t FindDashLine(std::string_view text) noexcept {
+  size_t i = 0;
+  while (text.size() - i >= 2 * kWidth + 2) {
+    const char* const at = text.data() + i;
+    if (Any(DashLines(at) | DashLines(at + kWidth))) break;  // it is near, and there is one
+    i += 2 * kWidth;
+  }
+  return FindPlainly(text, i);
+}
+
+}  // namespace quarda

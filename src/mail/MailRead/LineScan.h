@@ -1,0 +1,29 @@
+// Searching text for lines, at memory speed.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+namespace quarda {
+
+/// The offset of the first "--" that stands right behind an LF; npos when there is none.
+size_t FindDashLine(std::string_view text) noexcept;
+
+/// Cuts the first line off the text and returns it without its LF or CR LF. A lone CR is part of
+/// the line.
+inline std::string_view TakeLine(std::string_view& text) noexcept {
+  const auto* lf = static_cast<const char*>(std::memchr(text.data(), '\n', text.size()));
+  if (!lf) {
+    const std::string_view line = text;
+    text = {};
+    return line;
+  }
+  size_t size = static_cast<size_t>(lf - text.data());
+  const char* const start = text.data();
+  text.remove_prefix(size + 1);
+  if (size > 0 && start[size - 1] == '\r') --size;
+  return {start, size};
+}
+
+}  // namespace quarda

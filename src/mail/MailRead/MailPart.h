@@ -1,0 +1,182 @@
+// One node of a mail's part tree.
+#pragma once
+
+#include <Errors.h>
+#include <StringList.h>
+#include <TextBlock.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Header.h"
+#include "MailTypes.h"
+
+namespace quarda {
+
+class TMail;
+class TMailPart;
+class TStream;
+class TTextStreamer;
+
+/// A body that cannot be decoded.
+class EMailDecodeError : public EError {
+ public:
+  using EError::EError;
+  const char* ClassName() const noexcept override { return "EMailDecodeError"; }
+};
+
+/// A part: its header, its body as lines, its child parts, which it owns. References to a part are
+/// valid until it, a parent of it or the mail is deleted, cleared, assigned or loaded.
+///
+/// A body read from memory stays the slice of the text it was read from until somebody asks for its
+/// lines; a deferred one stays in the mail's file and is read when it is needed. Nothing here
+/// follows the nesting of the parts by recursion.
+class TMailPart {
+ public:
+  TMailPart(TMail* mail, TMailPart* parent) noexcept;
+  TMailPart(const TMailPart&) = delete;
+  TMailPart& operator=(const TMailPart&) = delete;
+  virtual ~TMailPart();
+
+  /// Copies header, body and the whole child tree.
+  void Assign(const TMailPart& source);
+  TMailPart& Add();
+  void Delete(size_t index);
+  /// Nothing when the part is no child.
+  void Delete(const TMailPart& part);
+  /// -1 when the part is no child.
+  ptrdiff_t IndexOf(const TMailPart& part) const noexcept;
+  void Move(size_t from, size_t to);
+  void Exchange(size_t index1, size_t index2);
+  /// Deletes all children.
+  void Clear();
+  size_t GetCount() const noexcept { return parts_.size(); }
+  TMailPart& GetParts(size_t index) const;
+  /// Copies the part's content into the child.
+  void SetParts(size_t index, const TMailPart& part);
+  TMailPart* GetParent() const noexcept { return parent_; }
+  TMail* GetMail() const noexcept { return mail_; }
+
+  THeader& GetHeader() noexcept { return header_; }
+  const THeader& GetHeader() const noexcept { return header_; }
+  void SetHeader(const THeader& header);
+  /// The lines of the body, read from the mail's file first when they are deferred. The list has
+  /// the same address as long as the part lives.
+  TStringList& GetBody();
+  void SetBody(const TStringList& lines);
+  /// Whether the body is in memory.
+  bool IsBodyResident() const noexcept { return body_ != TBodyState::kDeferred; }
+  void LoadBody();
+
+  /// Own changes and those of the header, not those of the children.
+  bool GetModified() const noexcept { return modified_ || header_.GetModified(); }
+  /// Sets the mark of this part; every part above it is marked as modified.
+  void SetModified(bool modified) noexcept;
+
+  std::string GetContentType() const;
+  void SetContentType(std::string_view value);
+  std::string GetContentTypeType() const;
+  void SetContentTypeType(std::string_view type);
+  std::string GetContentTypeSubType() const;
+  void SetContentTypeSubType(std::string_view subType);
+  std::string GetContentTransferEncoding() const;
+  void SetContentTransferEncoding(std::string_view value);
+  mail::TEncodeType GetEncodeType() const;
+  std::string GetBoundary() const;
+  void SetBoundary(std::string_view boundary);
+  std::string GetContentID() const;
+  void SetContentID(std::string_view value);
+  std::string GetName() const;
+  void SetName(std::string_view name);
+  /// A generated one for an attachment that has none.
+  std::string GetFileName() const;
+  void SetFileName(std::string_view fileName);
+  bool GetMultipartSection() const;
+  void SetMultipartSection(bool multipart);
+  /// The lines that open and close a child; empty without a boundary.
+  std::string BoundaryBegin() const;
+  std::string BoundaryEnd() const;
+  bool IsAttachment() const;
+  bool IsText() const;
+
+  /// The raw, still encoded content. The buffer form returns its length and fills the buffer unless
+  /// that is null.
+  size_t GetFileContent(void* buffer);
+  std::string GetFileContent();
+  /// The decoded content. With a null buffer the size that a buffer must have, otherwise the number
+  /// of bytes decoded. Raises EMailDecodeError.
+  size_t DecodedContent(void* buffer);
+  std::string DecodedContent();
+  void DecodedContentStream(TStream& stream);
+  /// Replaces the body by the encoded content and names the encoding in the header.
+  void SetContent(mail::TEncodeType encoding, const void* data, size_t size);
+  void SetContent(mail::TEncodeType encoding, std::string_view text);
+  void SetContent(mail::TEncodeType encoding, const TStringList& lines);
+  /// From the stream's position to its end; null gives no content.
+  void SetContent(mail::TEncodeType encoding, TStream* stream);
+
+  /// Reads header, body and children up to the end of the input or the parent's next boundary.
+  /// After an error the part holds what was read before it.
+  void LoadFromTextStreamer(TTextStreamer& streamer);
+  void SaveToTextStreamer(TTextStreamer& streamer);
+
+ private:
+  friend class TMail;
+  friend class TMailParser;
+  friend class TMailWriter;
+  friend class TPartLists;
+
+  enum class TBodyState : uint8_t { kLines, kText, kDeferred };
+  enum class TListing : uint8_t { kNone, kAttachment, kText };
+
+  // Tells the document when the fields change: they decide what the part is listed as.
+  class TPartHeader final : public THeader {
+   public:
+    explicit TPartHeader(TMailPart& part) noexcept : part_(part) {}
+
+   private:
+    void ChangeNotify() override;
+    TMailPart& part_;
+  };
+
+  TMailPart& Append();
+  void CheckIndex(size_t index) const;
+  void NotifyMail();
+  void TakeContent(TMailPart& source);
+  void AssignOwn(const TMailPart& source);
+  void DropBody() noexcept;
+  void ReadDeferred(uint64_t size);
+  bool IsLastInMail() const noexcept;
+  void ClearModifiedMarks() noexcept;
+  std::string MainValue() const;
+  bool HasMediaType(std::string_view type) const;
+  bool HasName() const;
+  TListing Classify() const;
+  std::string Parameter(std::string_view field, std::string_view name) const;
+  void SetParameter(std::string_view name, std::string_view value);
+  std::pair<size_t, size_t> EncodedLines();
+  template <class Take>
+  void ForEachContentPiece(Take take);
+
+  bool modified_ = false;
+  TBodyState body_ = TBodyState::kLines;
+  TListing listing_ = TListing::kNone;
+  bool changePending_ = false;  // noted for the part lists
+  TMail* const mail_;
+  TMailPart* const parent_;
+  TPartHeader header_{*this};
+  TStringList lines_;
+  TTextBlock textBlock_;    // kText: holds text_
+  std::string_view text_;   // kText: the body with its line ends
+  uint64_t bodyStart_ = 0;  // kDeferred: where it lies in the mail's file
+  uint64_t bodyEnd_ = 0;
+  uint64_t order_ = 0;  // position in the document as the part lists know it; 0: not listed
+  mutable size_t indexHint_ = 0;
+  std::vector<std::unique_ptr<TMailPart>> parts_;
+};
+
+}  // namespace quarda

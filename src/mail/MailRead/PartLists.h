@@ -1,0 +1,45 @@
+// The lists of attachments and texts that a mail keeps of its parts.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "MailPart.h"
+
+namespace quarda {
+
+/// Attachments and texts in document order, as they were when the document was last told of a
+/// change. A plug-in may touch every part of a mail with a hundred thousand of them, so a change
+/// costs what it changes, and only reordering lists all parts anew.
+class TPartLists {
+ public:
+  const std::vector<TMailPart*>& Attachments() const noexcept { return attachments_; }
+  const std::vector<TMailPart*>& Texts() const noexcept { return texts_; }
+
+  /// A part was appended somewhere; it is listed by the next update.
+  void NoteAdded(TMailPart& part);
+  /// The header of a part changed; it is looked at by the next update.
+  void NoteChanged(TMailPart& part);
+  /// The order of parts changed; the next update lists all anew.
+  void NoteReordered() noexcept { rebuild_ = true; }
+  /// Must be called before a part and what lies below it are destroyed.
+  void Forget(TMailPart& subtree);
+  void Clear() noexcept;
+  void Update(TMailPart& root);
+  void Rebuild(TMailPart& root);
+
+ private:
+  void Append(TMailPart& part);
+  void Relist(TMailPart& part);
+  std::vector<TMailPart*>* ListOf(TMailPart::TListing listing) noexcept;
+
+  std::vector<TMailPart*> attachments_;
+  std::vector<TMailPart*> texts_;
+  std::vector<TMailPart*> added_;
+  std::vector<TMailPart*> changed_;
+  uint64_t lastOrder_ = 0;
+  bool rebuild_ = false;
+};
+
+}  // namespace quarda

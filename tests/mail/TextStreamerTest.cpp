@@ -1,0 +1,100 @@
+// Lines from memory, from strings and from blocks must be the same lines.
+#include <Errors.h>
+#include <TextStreamer.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "MailTestTools.h"
+
+namespace quarda {
+namespace {
+
+std::vector<std::string> Lines(TStream& stream) {
+  TTextStreamer streamer(stream, TStreamerMode::kRead);
+  std::vector<std::string> lines;
+  while (!streamer.IsEof()) lines.emplace_back(streamer.ReadLn());
+  return lines;
+}
+
+// Offset, line and skipped bytes of every line that begins with "--".
+std::vector<std::string> DashLines(TStream& stream) {
+  TTextStreamer streamer(stream, TStreamerMode::kRead);
+  std::vector<std::string> found;
+  for (std::string skipped; streamer.ReadToDashes(&skipped); skipped.clear()) {
+    found.push_back(std::to_string(streamer.LineStart()) + " " + std::string(streamer.LastLine()) +
+                    " after " + skipped);
+  }
+  return found;
+}
+
+TEST(TextStreamer, SplitsAtLineFeedsOnly) {
+  const struct {
+    const char* text;
+    std::vector<std::string> lines;
+  } kRows[] = {{"a\r\nb\nc", {"a", "b", "c"}}, {"a\rb\n", {"a\rb"}},       {"\n\n", {"", ""}},
+               {"a\r\r\nb\r", {"a\r", "b\r"}}, {"\r\n--x\n", {"", "--x"}}, {"", {}}};
+  for (const auto& row : kRows) {
+    ForEachKindOfStream(row.text, [&](TStream& stream) { EXPECT_EQ(Lines(stream), row.lines); });
+  }
+}
+
+TEST(TextStreamer, LinesAcrossBlocksStayWhole) {
+  // Every position of a line end and of a boundary around the end of the first block.
+  for (size_t filler = 24576 - 6; filler <= 24576 + 2; ++filler) {
+    const std::string text = std::string(filler, 'x') + "\r\n--b\r\n-\n-x\n\n--\ntail";
+    std::vector<std::string> lines;
+    std::vector<std::string> dashes;
+    std::string memory = text;
+    TStringStream reference(memory);
+    lines = Lines(reference);
+    ASSERT_EQ(lines.size(), 7u);
+    EXPECT_EQ(lines[0].size(), filler);
+    TStringStream again(memory);
+    dashes = DashLines(again);
+    ASSERT_EQ(dashes.size(), 2u);
+    EXPECT_EQ(dashes[0].substr(0, dashes[0].find(" after")), std::to_string(filler + 2) + " --b");
+    ForEachKindOfStream(text,
+                        [&](TStream& stream) { EXPECT_TRUE(Lines(stream) == lines) << filler; });
+    ForEachKindOfStream(
+        text, [&](TStream& stream) { EXPECT_TRUE(DashLines(stream) == dashes) << filler; });
+  }
+}
+
+TEST(TextStreamer, KeepsItsPlace) {
+  ForEachKindOfStream("ab\r\ncd\nef", [](TStream& stream) {
+    TTextStreamer streamer(stream, TStreamerMode::kRead);
+    streamer.SetLine(2);
+    EXPECT_EQ(streamer.LastLine(), "cd");
+    EXPECT_EQ(streamer.GetPosition(), 7u);
+    streamer.SetPosition(4);
+    EXPECT_EQ(streamer.ReadLn(), "cd");
+    EXPECT_EQ(streamer.ReadLn(), "ef");
+    EXPECT_EQ(streamer.ReadLn(), "");
+    EXPECT_EQ(streamer.LastLine(), "ef") << "the end of the input is no line";
+    EXPECT_THROW(streamer.Clear(), EError);
+  });
+}
+
+TEST(TextStreamer, WritesWhatItWasGiven) {
+  std::string written;
+  TStringStream stream(written);
+  std::string expected;
+  {
+    TTextStreamer streamer(stream, TStreamerMode::kWrite);
+    streamer.Write("gone");
+    streamer.Clear();
+    for (size_t size : {1u, 24000u, 3000u, 100000u, 0u, 24576u, 7u}) {
+      const std::string line(size, static_cast<char>('a' + size % 26));
+      streamer.WriteLn(line);
+      expected += line + "\r\n";
+      EXPECT_EQ(streamer.GetPosition(), expected.size());
+    }
+    EXPECT_THROW(streamer.SetPosition(0), EError);
+  }
+  EXPECT_TRUE(written == expected);
+}
+
+}  // namespace
+}  // namespace quarda
