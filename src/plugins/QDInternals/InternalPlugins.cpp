@@ -1,0 +1,28 @@
+#include "InternalPlugins.h"
+
+#include "PluginAttachments.h"
+#include "PluginLoadPlugins.h"
+#include "PluginSubject.h"
+
+namespace quarda {
+namespace {
+
+template <class TPluginClass>
+TRef<IPlugin> Make() {
+  return MakeRef<TPluginClass>();
+}
+
+constexpr TRef<IPlugin> (*kInternalPlugins[])() = {
+    Make<TPluginSubject>,
+    Make<TPluginAttachments>,
+    Make<TPluginLoadPlugins>,
+};
+
+}  // namespace
+
+void InstallInternalPlugins(IQuardaApp* app) {
+  const TRef<IPluginList> plugins = app->GetPlugins();
+  for (const auto make : kInternalPlugins) plugins->Add(make().Get(), 0);
+}
+
+}  // namespace quarda
