@@ -11,6 +11,9 @@
 
 #include <StringList.h>
 
+#include <array>
+#include <cstdint>
+
 #if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>
 #endif
@@ -18,15 +21,41 @@
 namespace quarda::kernels {
 namespace {
 
-size_t CopyUntilEscapeBytewise(const char* source, size_t size, char* target, bool headerMode,
-                               size_t at) noexcept {
-  const char blank = headerMode ? ' ' : '_';
-  for (; at < size; ++at) {
-    const char c = source[at];
-    if (c == '=' || c == '\0') break;
-    target[at] = c == '_' ? blank : c;
+constexpr std::array<int8_t, 256> MakeHexDigits() {
+  std::array<int8_t, 256> values{};
+  values.fill(-1);
+  for (int8_t digit = 0; digit < 10; ++digit) values[static_cast<size_t>('0' + digit)] = digit;
+  for (int8_t digit = 10; digit < 16; ++digit) {
+    values[static_cast<size_t>('A' + digit - 10)] = digit;
+    values[static_cast<size_t>('a' + digit - 10)] = digit;
   }
-  return at;
+  return values;
+}
+
+constexpr std::array<int8_t, 256> kHexDigits = MakeHexDigits();
+
+// The byte that two hexadecimal digits denote; negative when they are none.
+inline int HexByte(const char* digits) noexcept {
+  return kHexDigits[static_cast<unsigned char>(digits[0])] * 16 |
+         kHexDigits[static_cast<unsigned char>(digits[1])];
+}
+
+TProgress DecodePlainBytewise(const char* source, size_t size, char* target, bool headerMode,
+                              TProgress done) noexcept {
+  const char blank = headerMode ? ' ' : '_';
+  auto [at, out] = done;
+  while (at < size && source[at] != '\0') {
+    if (source[at] != '=') {
+      target[out++] = source[at] == '_' ? blank : source[at];
+      ++at;
+      continue;
+    }
+    const int byte = size - at >= 3 ? HexByte(source + at + 1) : -1;
+    if (byte < 0) break;
+    target[out++] = static_cast<char>(byte);
+    at += 3;
+  }
+  return {at, out};
 }
 
 #if defined(__x86_64__) || defined(__i386__)
@@ -122,22 +151,30 @@ QD_AVX2 size_t DecodeBase64LinesAvx2(const TStringList& lines, size_t first, siz
   return first;
 }
 
-QD_AVX2 size_t CopyUntilEscapeAvx2(const char* source, size_t size, char* target,
-                                   bool headerMode) noexcept {
+QD_AVX2 TProgress DecodePlainAvx2(const char* source, size_t size, char* target,
+                                  bool headerMode) noexcept {
   const __m256i escape = _mm256_set1_epi8('=');
   const __m256i underscore = _mm256_set1_epi8('_');
   const __m256i blank = _mm256_set1_epi8(headerMode ? ' ' : '_');
   size_t at = 0;
-  for (; size - at >= kBlock; at += kBlock) {
+  size_t out = 0;
+  while (size - at >= kBlock) {
     const __m256i text = Load(source + at);
     const __m256i special = _mm256_or_si256(_mm256_cmpeq_epi8(text, escape),
                                             _mm256_cmpeq_epi8(text, _mm256_setzero_si256()));
     const __m256i copy = _mm256_blendv_epi8(text, blank, _mm256_cmpeq_epi8(text, underscore));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(target + at), copy);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(target + out), copy);
     const auto mask = static_cast<unsigned>(_mm256_movemask_epi8(special));
-    if (mask != 0) return at + static_cast<size_t>(__builtin_ctz(mask));
+    const size_t run = mask == 0 ? kBlock : static_cast<size_t>(__builtin_ctz(mask));
+    at += run;
+    out += run;
+    if (mask == 0) continue;
+    const int byte = source[at] == '=' && size - at >= 3 ? HexByte(source + at + 1) : -1;
+    if (byte < 0) return {at, out};
+    target[out++] = static_cast<char>(byte);
+    at += 3;
   }
-  return CopyUntilEscapeBytewise(source, size, target, headerMode, at);
+  return DecodePlainBytewise(source, size, target, headerMode, {at, out});
 }
 
 #endif
@@ -158,10 +195,11 @@ size_t DecodeBase64Lines(const TStringList& lines, size_t first, size_t end, cha
   return HasAvx2() ? DecodeBase64LinesAvx2(lines, first, end, target, targetEnd) : first;
 }
 
-size_t CopyUntilEscape(const char* source, size_t size, char* target, bool headerMode) noexcept {
+TProgress DecodePlainQuoted(const char* source, size_t size, char* target,
+                            bool headerMode) noexcept {
   if (size < kBlock || !HasAvx2())
-    return CopyUntilEscapeBytewise(source, size, target, headerMode, 0);
-  return CopyUntilEscapeAvx2(source, size, target, headerMode);
+    return DecodePlainBytewise(source, size, target, headerMode, {0, 0});
+  return DecodePlainAvx2(source, size, target, headerMode);
 }
 
 #else
@@ -172,8 +210,9 @@ size_t DecodeBase64Lines(const TStringList&, size_t first, size_t, char*&, const
   return first;
 }
 
-size_t CopyUntilEscape(const char* source, size_t size, char* target, bool headerMode) noexcept {
-  return CopyUntilEscapeBytewise(source, size, target, headerMode, 0);
+TProgress DecodePlainQuoted(const char* source, size_t size, char* target,
+                            bool headerMode) noexcept {
+  return DecodePlainBytewise(source, size, target, headerMode, {0, 0});
 }
 
 #endif

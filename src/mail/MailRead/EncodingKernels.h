@@ -20,10 +20,17 @@ size_t DecodeBase64(const char* source, size_t size, char* target) noexcept;
 size_t DecodeBase64Lines(const TStringList& lines, size_t first, size_t end, char*& target,
                          const char* targetEnd) noexcept;
 
-/// Copies the text up to its first "=" or NUL, in header mode with "_" made a blank, and returns
-/// its length. The target must have room for the whole text; what lies behind the copy is
-/// undefined.
-size_t CopyUntilEscape(const char* source, size_t size, char* target, bool headerMode) noexcept;
+/// How far a decoder came in its source and in its target.
+struct TProgress {
+  size_t read;
+  size_t written;
+};
+
+/// Decodes quoted-printable text up to a NUL or an "=" that does not begin two hexadecimal digits,
+/// in header mode with "_" made a blank. The target must have room for the whole text; what lies
+/// behind the decoded part is undefined.
+TProgress DecodePlainQuoted(const char* source, size_t size, char* target,
+                            bool headerMode) noexcept;
 
 }  // namespace kernels
 }  // namespace quarda

@@ -4,8 +4,6 @@
 #include <StringList.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
 #include <cstring>
 #include <optional>
 
@@ -14,23 +12,6 @@
 
 namespace quarda {
 namespace {
-
-constexpr int8_t kNoDigit = -1;
-
-constexpr std::array<int8_t, 256> MakeHexDigits() {
-  std::array<int8_t, 256> values{};
-  values.fill(kNoDigit);
-  for (int8_t digit = 0; digit < 10; ++digit) values[static_cast<size_t>('0' + digit)] = digit;
-  for (int8_t digit = 10; digit < 16; ++digit) {
-    values[static_cast<size_t>('A' + digit - 10)] = digit;
-    values[static_cast<size_t>('a' + digit - 10)] = digit;
-  }
-  return values;
-}
-
-constexpr std::array<int8_t, 256> kHexDigits = MakeHexDigits();
-
-int HexDigit(char c) noexcept { return kHexDigits[static_cast<unsigned char>(c)]; }
 
 // "=" and two digits.
 constexpr size_t kEscapeSize = 3;
@@ -49,18 +30,16 @@ class TQuotedPrintableDecoder {
         continue;
       }
       inSoftBreak_ = false;
-      if (text[at] != '=') {
-        const size_t run =
-            kernels::CopyUntilEscape(text.data() + at, text.size() - at, out, headerMode_);
-        at += run;
-        out += run;
-        if (at == text.size()) break;
-      }
+      const auto [read, written] =
+          kernels::DecodePlainQuoted(text.data() + at, text.size() - at, out, headerMode_);
+      at += read;
+      out += written;
+      if (at == text.size()) break;
       if (text[at] == '\0') {
         ended_ = true;
       } else {
         if (text.size() - at < kEscapeSize && !isLast) break;
-        at += DecodeEscape(text.substr(at), out);
+        at += DecodeOtherEscape(text.substr(at), out);
       }
     }
     return at;
@@ -71,20 +50,11 @@ class TQuotedPrintableDecoder {
  private:
   static bool IsDroppedInBreak(char c) noexcept { return c == '\r' || c == '\n' || c == '='; }
 
-  size_t DecodeEscape(std::string_view text, char*& out) noexcept {
+  // An "=" that does not begin two hexadecimal digits: a soft line break, or just itself.
+  size_t DecodeOtherEscape(std::string_view text, char*& out) noexcept {
     const char next = text.size() > 1 ? text[1] : '\0';
-    if (next == '\n' || next == '\r' || next == ' ') {
-      inSoftBreak_ = true;
-      return 2;
-    }
-    if (text.size() >= kEscapeSize) {
-      const int high = HexDigit(next);
-      const int low = HexDigit(text[2]);
-      if (high != kNoDigit && low != kNoDigit) {
-        *out++ = static_cast<char>(high << 4 | low);
-        return kEscapeSize;
-      }
-    }
+    inSoftBreak_ = next == '\n' || next == '\r' || next == ' ';
+    if (inSoftBreak_) return 2;
     *out++ = '=';
     return 1;
   }

@@ -1,0 +1,47 @@
+// Bodies in base64, uuencode, xxencode and quoted-printable: whole and line by line, the fast
+// decoders give what the slow ones give.
+#include <Encodings.h>
+#include <StringList.h>
+
+#include "Fuzz.h"
+#include "SimpleDecoders.h"
+
+namespace {
+
+using namespace quarda;
+
+void CheckGroups(const TStringList& lines, TMailEncodingType encoding) {
+  const std::string text = lines.SeparateText("");
+  const std::string expected = simple::Decode(text, encoding);
+  fuzz::Require(TextDecode(text, encoding) == expected, "whole text");
+  std::string target(CalcDecodeBufSize(text.size()), '\0');
+  size_t length = target.size();
+  fuzz::Require(DecodeLines(lines, 0, lines.Count(), target.data(), length, encoding), "fits");
+  fuzz::Require(target.substr(0, length) == expected, "lines");
+}
+
+void CheckQuotedPrintable(const TStringList& lines) {
+  const std::string text = lines.SeparateText("\r\n");
+  const std::string expected = simple::DecodeQuoted(text, false);
+  fuzz::Require(QuotedPrintableToAnsi(text, false) == expected, "quoted text");
+  fuzz::Require(DecodeQuotedPrintableLines(lines, 0, lines.Count()) == expected, "quoted lines");
+  fuzz::Require(QuotedPrintableToAnsi(text, true) == simple::DecodeQuoted(text, true), "header");
+  if (text.find('\0') == text.npos) {
+    const std::string encoded = AnsiToQuotedPrintable(text, true);
+    fuzz::Require(QuotedPrintableToAnsi(encoded, true) == text, "quoted round trip");
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  return fuzz::AllowErrors([&] {
+    const std::string_view text = fuzz::AsText(data, size);
+    TStringList lines;
+    lines.SetText(text);
+    for (const TMailEncodingType encoding : {meUU, meXX, meBase64}) CheckGroups(lines, encoding);
+    CheckQuotedPrintable(lines);
+    const std::string encoded = TextEncode(text, meBase64);
+    fuzz::Require(simple::Decode(encoded, meBase64) == text, "base64 round trip");
+  });
+}
