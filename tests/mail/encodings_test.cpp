@@ -128,12 +128,12 @@ TEST(Encodings, FastDecodersFollowTheRules) {
   for (const TMailEncodingType encoding : kEncodings) {
     const std::string alphabet(simple::Alphabet(encoding));
     for (size_t size = 0; size <= 300; ++size) {
-      for (const size_t column : {0, 4, 60, 76, 77})
+      for (const size_t column : {0u, 4u, 60u, 76u, 77u})
         CheckDecoders(random.Text(size, alphabet, size % 3 * 5), encoding, column, random);
     }
-    for (const size_t foreign : {0, 1, 50}) {
+    for (const size_t foreign : {0u, 1u, 50u}) {
       const std::string text = random.Text(50000 + random.Number(9), alphabet, foreign);
-      for (const size_t column : {0, 1, 31, 64, 76, 9000})
+      for (const size_t column : {0u, 1u, 31u, 64u, 76u, 9000u})
         CheckDecoders(text + "==", encoding, column, random);
     }
   }
