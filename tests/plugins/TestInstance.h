@@ -1,0 +1,142 @@
+// A scan for the tests of plug-ins, over a base folder of its own. What a plug-in does to the
+// engine is written down for the test to read.
+#pragma once
+
+#include <Errors.h>
+#include <Files.h>
+#include <QDIntf.h>
+#include <QDStringsAdapters.h>
+#include <StringList.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quarda {
+
+/// A folder that goes with its object.
+class TTempFolder {
+ public:
+  TTempFolder()
+      : native_(std::filesystem::temp_directory_path() /
+                ("quarda-test-" + std::to_string(std::random_device()()))) {
+    std::filesystem::create_directories(native_);
+  }
+  TTempFolder(const TTempFolder&) = delete;
+  TTempFolder& operator=(const TTempFolder&) = delete;
+  ~TTempFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(native_, ignored);
+  }
+  std::string Path() const { return platform::WindowsPath(native_.string()); }
+  std::string File(std::string_view name) const { return Path() + "\\" + std::string(name); }
+
+ private:
+  const std::filesystem::path native_;
+};
+
+/// Writes down which libraries it is asked to load.
+class TTestPluginList final : public TRefCounted<IPluginList> {
+ public:
+  std::vector<TRef<IPlugin>> plugins;
+  std::vector<std::string> loaded;
+
+  int32_t QDCALL GetCount() override { return static_cast<int32_t>(plugins.size()); }
+  TRef<IPlugin> QDCALL GetPlugins(int32_t index) override {
+    return plugins.at(static_cast<size_t>(index));
+  }
+  int32_t QDCALL Add(IPlugin* plugin, uintptr_t) override {
+    plugins.emplace_back(plugin);
+    return GetCount() - 1;
+  }
+  void QDCALL Delete(int32_t index) override { plugins.erase(plugins.begin() + index); }
+  TRef<IPlugin> QDCALL LoadPlugin(const AnsiString& fileName) override {
+    loaded.push_back(fileName.Str());
+    return nullptr;
+  }
+  TRef<IPlugin> QDCALL FindPlugin(const AnsiString&) override { return nullptr; }
+};
+
+/// Borrows the scans; the oldest one's settings are its own. Nested scans are written down and end
+/// with `nestedResult`.
+class TTestApp final : public TRefCounted<IQuardaApp> {
+ public:
+  explicit TTestApp(std::string baseFolder) : baseFolder_(std::move(baseFolder)) {}
+
+  std::vector<IQuardaInstance*> instances;
+  const TRef<TTestPluginList> plugins = MakeRef<TTestPluginList>();
+  std::vector<std::string> nestedScans;
+  int32_t nestedResult = 0;
+
+  TRef<IConfig> QDCALL GetConfig() override { return instances.at(0)->GetConfig(); }
+  int32_t QDCALL GetInstanceCount() override { return static_cast<int32_t>(instances.size()); }
+  TRef<IQuardaInstance> QDCALL GetInstances(int32_t index) override {
+    return TRef<IQuardaInstance>(instances.at(static_cast<size_t>(index)));
+  }
+  AnsiString QDCALL GetQuardaPath() override { return baseFolder_; }
+  TRef<IPluginList> QDCALL GetPlugins() override { return plugins; }
+  int32_t QDCALL RunInstance(const AnsiString& commandLine) override {
+    nestedScans.push_back(commandLine.Str());
+    return nestedResult;
+  }
+
+ private:
+  const std::string baseFolder_;
+};
+
+class TTestInstance final : public TRefCounted<IQuardaInstance> {
+ public:
+  const TTempFolder folder;
+  const TRef<TTestApp> app = MakeRef<TTestApp>(folder.Path());
+  TOvraMailFileType fileType = ftInMail;
+  TOvraMailType mailType = mtInMail;
+  TRef<IConfig> config;
+  TRef<IMail> mail;
+  std::vector<std::string> log;  ///< "Priority|plug-in|message"
+  TStringList globals;
+  bool logFails = false;
+
+  TTestInstance() { app->instances.push_back(this); }
+
+  /// The log in one text, a line each.
+  std::string LogText() const {
+    std::string text;
+    for (const std::string& line : log) text += line + "\n";
+    return text;
+  }
+
+  TRef<IArguments> QDCALL GetArguments() override { return nullptr; }
+  TRef<IPluginList> QDCALL GetPlugins() override { return app->plugins; }
+  TRef<IConfig> QDCALL GetConfig() override { return config; }
+  TOvraMailType QDCALL GetMailType() override { return mailType; }
+  TOvraMailFileType QDCALL GetFileType() override { return fileType; }
+  TRef<IMail> QDCALL GetMail() override { return mail; }
+  AnsiString QDCALL GetQuardaPath() override { return folder.Path(); }
+  TRef<IQuardaApp> QDCALL GetApp() override { return app; }
+  void QDCALL Log(IPlugin* plugin, int32_t priority, const AnsiString& message) override {
+    if (logFails) throw EError("log");
+    log.push_back(std::string(PriNames[priority]) + "|" + (plugin ? plugin->GetName().Str() : "") +
+                  "|" + message.Str());
+  }
+  void QDCALL LogError(IPlugin* p, const AnsiString& text) override { Log(p, kLogError, text); }
+  void QDCALL LogWarn(IPlugin* p, const AnsiString& text) override { Log(p, kLogWarning, text); }
+  void QDCALL LogExtra(IPlugin* p, const AnsiString& text) override { Log(p, kLogExtended, text); }
+  void QDCALL LogOK(IPlugin* p, const AnsiString& text) override { Log(p, kLogPassed, text); }
+  void QDCALL LogDebug(IPlugin* p, const AnsiString& text) override { Log(p, kLogDebug, text); }
+  void QDCALL VirusReason(IPlugin* plugin, const AnsiString& message) override {
+    LogWarn(plugin, message);
+    SetGlobalData(kVirusReason, message);
+  }
+  TRef<IStringList> QDCALL NewStringList() override { return NewStringListAdatper(); }
+  TRef<IMail> QDCALL LoadMailFromMemory(const char*, int32_t) override { return nullptr; }
+  TRef<IMail> QDCALL LoadMailFromFile(const AnsiString&) override { return nullptr; }
+  void QDCALL SetGlobalData(const AnsiString& name, const AnsiString& value) override {
+    globals.SetValue(name, value);
+  }
+  AnsiString QDCALL GetGlobalData(const AnsiString& name) override { return globals.Value(name); }
+};
+
+}  // namespace quarda
