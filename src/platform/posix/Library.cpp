@@ -4,25 +4,43 @@
 
 #include <string>
 
+#include "FileCalls.h"
 #include "Paths.h"
+#include "Program.h"
 #include "Quiet.h"
 
 namespace quarda::platform {
 
-// The loader reports no error code, so the spelling on the disk is looked for whatever went wrong.
+using namespace posix;
+
+namespace {
+
+TLibraryHandle Load(const std::string& native) {
+  return reinterpret_cast<TLibraryHandle>(::dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL));
+}
+
+/// Loads the file if it is there. The path given to the loader always holds a slash, because one
+/// without would be searched for.
+TLibraryHandle LoadFromFolder(std::string_view path) {
+  TLibraryHandle library = 0;
+  OnExisting(path, [&](const std::string& native) {
+    struct stat info;
+    if (StatPath(native, info) != 0) return -1;
+    library = Load(native.find('/') == std::string::npos ? "./" + native : native);
+    return 0;
+  });
+  return library;
+}
+
+}  // namespace
+
 TLibraryHandle LoadLibraryFile(std::string_view path) noexcept {
-  return posix::OrElse(TLibraryHandle{0}, [&]() -> TLibraryHandle {
-    constexpr int kFlags = RTLD_NOW | RTLD_LOCAL;
-    const std::optional<std::string> native = posix::ToNative(path);
-    if (!native) return 0;
-    void* library = ::dlopen(native->c_str(), kFlags);
-    if (library == nullptr && native->find('/') != std::string::npos) {
-      const posix::TSpelling found = posix::FindSpelling(*native);
-      if (found.missing == 0 && found.path != *native) {
-        library = ::dlopen(found.path.c_str(), kFlags);
-      }
-    }
-    return reinterpret_cast<TLibraryHandle>(library);
+  return OrElse(TLibraryHandle{0}, [&]() -> TLibraryHandle {
+    if (path.empty() || NameStart(path) > 0) return LoadFromFolder(path);
+    std::string beside = ProgramFolder();
+    beside.append("\\").append(path);
+    const TLibraryHandle library = LoadFromFolder(beside);
+    return library != 0 ? library : Load(std::string(path));
   });
 }
 
