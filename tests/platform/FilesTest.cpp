@@ -55,6 +55,111 @@ TEST_F(Files, AreFoundByPathsOfEveryShape) {
   }
 }
 
+std::string Names(const std::vector<TFileRecord>& records) {
+  std::string names;
+  for (const TFileRecord& record : records) names += record.name + ' ';
+  return names;
+}
+
+TEST_F(Files, AreListedInOrder) {
+  for (const char* name : {"b.TXT", "A.txt", "c", "sub/x", "_.txt", "a b.txt"}) Put(name, "1234");
+  const struct {
+    const char *pattern, *names;
+  } kRows[] = {{"*.*", "_.txt a b.txt A.txt b.TXT c sub "},
+               {"*", "_.txt a b.txt A.txt b.TXT c sub "},
+               {"?.txt", "_.txt A.txt b.TXT "},
+               {"*.INP", ""},
+               {"SUB*", "sub "},
+               {"sub\\*", "x "},
+               {"sub", "sub "},
+               {"sub\\", ""},
+               {".", ""},
+               {"sub\\..", ""},
+               {"no\\*", ""},
+               {"c\\*", ""}};
+  for (const auto& r : kRows) {
+    EXPECT_EQ(Names(FindFiles(Path(r.pattern))), r.names) << r.pattern;
+    const auto first = FindFile(Path(r.pattern));
+    EXPECT_TRUE(std::string(r.names).starts_with(first ? first->name + ' ' : "")) << r.pattern;
+    EXPECT_EQ(first.has_value(), *r.names != '\0') << r.pattern;
+  }
+  const auto file = FindFile(Path("c"));
+  const auto folder = FindFile(Path("s?b"));
+  EXPECT_EQ(file->size, 4u);
+  EXPECT_EQ(file->attributes, kArchive);
+  EXPECT_EQ(folder->size, 0u);
+  EXPECT_EQ(folder->attributes, kFolder);
+}
+
+TEST_F(Files, ReadOnlyIsAnAttribute) {
+  Put("a");
+  std::filesystem::permissions(Native("a"), std::filesystem::perms::owner_write,
+                               std::filesystem::perm_options::remove);
+  EXPECT_EQ(FindFile(Path("a"))->attributes, kArchive | kReadOnly);
+  ExpectError("read-only", Path("a"), [&] { ReplaceFileContent(Path("a"), "new"); });
+  EXPECT_TRUE(ClearAttributes(Path("a")));
+  EXPECT_EQ(FindFile(Path("a"))->attributes, kArchive);
+  ReplaceFileContent(Path("a"), "new");
+  EXPECT_FALSE(ClearAttributes(Path("b")));
+}
+
+TEST_F(Files, AreCreatedRenamedCopiedAndRemoved) {
+  Put("file", "content");
+  Put("taken", "other");
+  EXPECT_TRUE(CreateFolders(Path("x\\y/z\\")));
+  EXPECT_TRUE(CreateFolders(Path("x\\y")));
+  EXPECT_FALSE(CreateFolders(Path("file\\z")));
+  EXPECT_FALSE(CreateFolders(Path("file")));
+  EXPECT_FALSE(CreateFolders(""));
+  EXPECT_FALSE(CreateFolders("Q:\\x"));
+
+  EXPECT_FALSE(RenameFile(Path("file"), Path("taken")));
+  EXPECT_FALSE(RenameFile(Path("file"), Path("no\\file")));
+  EXPECT_FALSE(RenameFile(Path("missing"), Path("new")));
+  EXPECT_TRUE(RenameFile(Path("file"), Path("x\\y\\z\\new")));
+  EXPECT_EQ(Content("x/y/z/new") + Content("taken"), "contentother");
+
+  EXPECT_TRUE(SetFileStamp(Path("x\\y\\z\\new"), 0x30A87081));
+  EXPECT_TRUE(DuplicateFile(Path("x\\y\\z\\new"), Path("taken")));
+  EXPECT_TRUE(DuplicateFile(Path("x\\y\\z\\new"), Path("fresh")));
+  EXPECT_EQ(Content("x/y/z/new") + Content("taken") + Content("fresh"), "contentcontentcontent");
+  EXPECT_EQ(FileStamp(Path("fresh")), 0x30A87081u);
+  EXPECT_FALSE(DuplicateFile(Path("taken"), Path("taken")));
+  EXPECT_FALSE(DuplicateFile(Path("missing"), Path("taken")));
+  EXPECT_FALSE(DuplicateFile(Path("x"), Path("taken")));
+  EXPECT_FALSE(DuplicateFile(Path("taken"), Path("x")));
+  EXPECT_EQ(Content("taken"), "content");
+
+  EXPECT_TRUE(RemoveFile(Path("taken")));
+  EXPECT_FALSE(RemoveFile(Path("taken")));
+  EXPECT_FALSE(RemoveFile(Path("x")));
+  EXPECT_EQ(Names(FindFiles(Path("*"))), "fresh x ");
+}
+
+TEST_F(Files, PathsBecomeAbsolute) {
+  const std::string current = CurrentFolder();
+  const struct {
+    std::string path, full;
+  } kRows[] = {{"C:\\a\\.\\b\\..\\c", "C:\\a\\c"},
+               {"c:/a//b/", "c:\\a\\b\\"},
+               {"C:\\..\\..\\a", "C:\\a"},
+               {"C:\\", "C:\\"},
+               {"Q:\\a\\..", "Q:\\"},
+               {"\\\\server\\share\\..\\a", "\\\\server\\share\\a"},
+               {"a\\..\\b", current + "\\b"},
+               {"..\\x", current.substr(0, current.rfind('\\')) + "\\x"},
+               {"1:x", current + "\\1:x"},
+               {"", ""}};
+  for (const auto& r : kRows) EXPECT_EQ(FullPath(r.path), r.full) << r.path;
+  const std::string temporary = TempFolder();
+  EXPECT_TRUE(temporary.ends_with('\\') && FolderExists(temporary)) << temporary;
+  Put("a");
+  EXPECT_EQ(WindowsPath(NativePath(Path("a"))), Path("a"));
+  EXPECT_EQ(std::filesystem::path(NativePath(Path("a"))), Native("a"));
+  EXPECT_TRUE(FileExists(ShortPath(Path("a"))));
+  EXPECT_EQ(ShortPath(Path("b")), "");
+}
+
 TEST_F(ReplacingFiles, ReplaceOnlyWhenCommitted) {
   Put("a", "old");
   {

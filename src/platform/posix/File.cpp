@@ -35,19 +35,17 @@ int OpenOrCreate(std::string_view path, int flags) {
   const int file =
       OnExisting(path, [&](const std::string& native) { return OpenFile(native, flags); });
   if (file >= 0 || errno != ENOENT) return file;
-  const std::optional<std::string> native = NativeTarget(path);
-  errno = ENOENT;
-  return native ? OpenFile(*native, flags | O_CREAT, kForAll) : -1;
+  const std::optional<std::string> native = ToNative(path);
+  return native ? OpenFile(FindSpelling(*native).path, flags | O_CREAT, kForAll) : -1;
 }
 
 int CreateNew(std::string_view path) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
   const std::optional<std::string> native = ToNative(path);
-  const int file = native ? OpenFile(*native, kFlags, kForUser) : (errno = ENOENT, -1);
-  if (file >= 0 || errno != ENOENT || !native) return file;
-  const std::string target = FindSpelling(*native).path;
-  errno = ENOENT;
-  return target != *native ? OpenFile(target, kFlags, kForUser) : -1;
+  if (!native) return -1;
+  const int file = OpenFile(*native, kFlags, kForUser);
+  if (file >= 0 || errno != ENOENT) return file;
+  return OpenFile(FindSpelling(*native).path, kFlags, kForUser);
 }
 
 int Open(std::string_view path, TOpenMode mode) {

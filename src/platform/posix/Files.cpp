@@ -48,7 +48,7 @@ TFileRecord RecordOf(std::string name, const struct stat& info) {
 /// A search pattern: the folder with its closing slash (empty for the current one) and the rest.
 struct TSearch {
   explicit TSearch(std::string_view path)
-      : folder(path.substr(0, path.find_last_of("\\/:") + 1)), name(path.substr(folder.size())) {}
+      : folder(path.substr(0, NameStart(path))), name(path.substr(folder.size())) {}
   std::string_view folder;
   std::string_view name;
 };
@@ -118,7 +118,6 @@ bool IsFolder(const std::string& native) {
 
 /// Creates the folder and its parents, starting with the one nearest to the root that is missing.
 bool MakeFolders(const std::string& native) {
-  if (native.size() >= PATH_MAX) return false;
   TSpelling target = FindSpelling(native);
   if (target.path.ends_with('/')) target.path.pop_back();
   size_t end = target.path.size();
@@ -155,7 +154,7 @@ bool CopyFileTo(const std::string& source, const std::string& target) {
   struct stat to;
   const TDescriptor input(OpenFile(source, O_RDONLY | O_NONBLOCK));
   if (!input || StatOpenFile(input.Get(), from) != 0 || !S_ISREG(from.st_mode)) return false;
-  TDescriptor output(OpenFile(target, O_WRONLY | O_CREAT, from.st_mode & 0777));
+  TDescriptor output(OpenFile(target, O_WRONLY | O_CREAT | O_NONBLOCK, from.st_mode & 0777));
   if (!output || StatOpenFile(output.Get(), to) != 0 || IsSameFile(from, to)) return false;
   if (CopyOpenFile(input.Get(), output, from)) return true;
   UnlinkPath(target);
@@ -268,8 +267,7 @@ std::string CurrentFolder() {
 }
 
 std::string FullPath(std::string_view path) {
-  const bool relative = !path.empty() && path.find_first_of("\\/") != 0 && path.find(':') != 1;
-  return ToAbsolute(path, relative ? CurrentFolder() : std::string("C:\\"));
+  return ToAbsolute(path, IsRelative(path) ? CurrentFolder() : std::string());
 }
 
 std::string ShortPath(std::string_view path) {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/sysinfo.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <string>

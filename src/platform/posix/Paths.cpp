@@ -1,8 +1,8 @@
 #include "Paths.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
-#include <vector>
 
 #include "CodePage.h"
 #include "FileCalls.h"
@@ -105,6 +105,7 @@ std::string FindName(const TFolder& folder, std::string_view wanted) {
 }  // namespace
 
 std::optional<std::string> ToNative(std::string_view path) {
+  errno = ENOENT;
   if (path.empty() || IsNetworkPath(path) || path.find('\0') != std::string_view::npos) {
     return std::nullopt;
   }
@@ -153,6 +154,16 @@ std::string ToWindows(std::string_view native) {
   return path;
 }
 
+size_t NameStart(std::string_view path) noexcept {
+  const size_t slash = path.find_last_of(kSlashes);
+  if (slash != std::string_view::npos) return slash + 1;
+  return HasDrive(path) ? 2 : 0;
+}
+
+bool IsRelative(std::string_view path) noexcept {
+  return !path.empty() && !IsSlash(path[0]) && !HasDrive(path);
+}
+
 std::string ToAbsolute(std::string_view path, std::string_view currentFolder) {
   if (path.empty()) return {};
   const bool closed = IsSlash(path.back());
@@ -184,6 +195,7 @@ std::string ToAbsolute(std::string_view path, std::string_view currentFolder) {
 // The longest part of the path that exists as written is looked for from the end, because mostly
 // only the last name differs; from there each folder is searched once.
 TSpelling FindSpelling(const std::string& native) {
+  if (native.size() >= PATH_MAX) return {native, 1};  // no such name can exist
   const bool closed = native.back() == '/' && native.size() > 1;
   std::string_view rest = std::string_view(native).substr(0, native.size() - (closed ? 1 : 0));
   TSpelling spelling;
@@ -211,9 +223,10 @@ TSpelling FindSpelling(const std::string& native) {
 }
 
 std::optional<std::string> NativeTarget(std::string_view path) {
-  const std::optional<std::string> native = ToNative(path);
-  if (!native) return std::nullopt;
-  return FindSpelling(*native).path;
+  std::optional<std::string> native = ToNative(path);
+  struct stat info;
+  if (native && StatLink(*native, info) != 0) native = FindSpelling(*native).path;
+  return native;
 }
 
 }  // namespace quarda::platform::posix

@@ -16,11 +16,18 @@
 
 namespace quarda::platform::posix {
 
-/// The path for a system call, every name as written; nothing when the path names nothing.
+/// The path for a system call, every name as written; nothing, and ENOENT, when the path names
+/// nothing.
 std::optional<std::string> ToNative(std::string_view path);
 
 /// A path of this system in the Windows form, on the drive with the longest root that holds it.
 std::string ToWindows(std::string_view native);
+
+/// Where the last name of a path begins, behind slash or drive.
+size_t NameStart(std::string_view path) noexcept;
+
+/// Whether the path means something else in another current folder.
+bool IsRelative(std::string_view path) noexcept;
 
 /// The absolute Windows form, without "." and ".."; a closing backslash stays.
 std::string ToAbsolute(std::string_view path, std::string_view currentFolder);
@@ -37,10 +44,7 @@ TSpelling FindSpelling(const std::string& native);
 template <class Call>
 int OnExisting(std::string_view path, Call&& call) {
   const std::optional<std::string> native = ToNative(path);
-  if (!native) {
-    errno = ENOENT;
-    return -1;
-  }
+  if (!native) return -1;
   const int result = call(*native);
   if (result != -1 || errno != ENOENT) return result;
   const TSpelling found = FindSpelling(*native);
@@ -51,9 +55,8 @@ int OnExisting(std::string_view path, Call&& call) {
   return call(found.path);
 }
 
-/// The native path for something that may have to be created: an existing name in the spelling of
-/// the disk, else the name as written in its folder. To be asked when the path as written is
-/// missing.
+/// The native path for something that may have to be created: as written when it is there, else in
+/// the spelling of the disk as far as that exists.
 std::optional<std::string> NativeTarget(std::string_view path);
 
 }  // namespace quarda::platform::posix
