@@ -36,7 +36,7 @@ void RequireSameLines(const TClfFile& a, const TClfFile& b) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const auto scan = quarda::MakeRef<quarda::TTestInstance>();
-  const std::string path = scan->folder.File("Quarda.clf");
+  const std::string path = scan->folder.Path("Quarda.clf");
   const auto lines = scan->NewStringList();
   lines->SetText(quarda::fuzz::AsText(data, size));
 

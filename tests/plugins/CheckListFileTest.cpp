@@ -38,7 +38,7 @@ class CheckListFile : public testing::Test {
   const TRef<TTestInstance> scan_ = MakeRef<TTestInstance>();
   const TFixedClock clock_{};
   TClfFile file_{*scan_, clock_};
-  const std::string path_ = scan_->folder.File("Quarda.clf");
+  const std::string path_ = scan_->folder.Path("Quarda.clf");
 };
 
 TEST_F(CheckListFile, SortsLinesIntoLists) {

@@ -7,36 +7,14 @@
 #include <QDIntf.h>
 #include <QDStringsAdapters.h>
 #include <StringList.h>
+#include <TempFolder.h>
 
 #include <cstdint>
-#include <filesystem>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace quarda {
-
-/// A folder that goes with its object.
-class TTempFolder {
- public:
-  TTempFolder()
-      : native_(std::filesystem::temp_directory_path() /
-                ("quarda-test-" + std::to_string(std::random_device()()))) {
-    std::filesystem::create_directories(native_);
-  }
-  TTempFolder(const TTempFolder&) = delete;
-  TTempFolder& operator=(const TTempFolder&) = delete;
-  ~TTempFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(native_, ignored);
-  }
-  std::string Path() const { return platform::WindowsPath(native_.string()); }
-  std::string File(std::string_view name) const { return Path() + "\\" + std::string(name); }
-
- private:
-  const std::filesystem::path native_;
-};
 
 /// Writes down which libraries it is asked to load.
 class TTestPluginList final : public TRefCounted<IPluginList> {
@@ -90,7 +68,7 @@ class TTestApp final : public TRefCounted<IQuardaApp> {
 class TTestInstance final : public TRefCounted<IQuardaInstance> {
  public:
   const TTempFolder folder;
-  const TRef<TTestApp> app = MakeRef<TTestApp>(folder.Path());
+  const TRef<TTestApp> app = MakeRef<TTestApp>(BaseFolder());
   TOvraMailFileType fileType = ftInMail;
   TOvraMailType mailType = mtInMail;
   TRef<IConfig> config;
@@ -101,6 +79,7 @@ class TTestInstance final : public TRefCounted<IQuardaInstance> {
 
   TTestInstance() { app->instances.push_back(this); }
 
+  std::string BaseFolder() const { return platform::WindowsPath(folder.Native().string()); }
   /// The log in one text, a line each.
   std::string LogText() const {
     std::string text;
@@ -114,7 +93,7 @@ class TTestInstance final : public TRefCounted<IQuardaInstance> {
   TOvraMailType QDCALL GetMailType() override { return mailType; }
   TOvraMailFileType QDCALL GetFileType() override { return fileType; }
   TRef<IMail> QDCALL GetMail() override { return mail; }
-  AnsiString QDCALL GetQuardaPath() override { return folder.Path(); }
+  AnsiString QDCALL GetQuardaPath() override { return BaseFolder(); }
   TRef<IQuardaApp> QDCALL GetApp() override { return app; }
   void QDCALL Log(IPlugin* plugin, int32_t priority, const AnsiString& message) override {
     if (logFails) throw EError("log");
