@@ -160,11 +160,25 @@ TEST(Tnef, FollowsTheRecords) {
   for (const TRow& r : kRows) {
     EXPECT_EQ(Load(kStart + r.records), r.expected) << r.row;
     std::string shifted = "abc" + kStart + r.records;
-    auto stream = std::make_unique<TStringStream>(shifted);
-    stream->SetPosition(3);
-    TTnef tnef;
-    EXPECT_EQ(Load(std::move(stream), tnef), r.expected)
-        << r.row << ", from the middle of a string";
+    std::unique_ptr<TStream> streams[] = {std::make_unique<TMemoryStream>(shifted),
+                                          std::make_unique<TStringStream>(shifted)};
+    for (auto& stream : streams) {
+      stream->SetPosition(3);
+      TTnef tnef;
+      EXPECT_EQ(Load(std::move(stream), tnef), r.expected) << r.row << ", from the middle";
+    }
+  }
+}
+
+TEST(Tnef, RefusesDatesThatDoNotExist) {
+  const uint64_t rows[][6] = {
+      {0, 1, 1, 0, 0, 0},      {10000, 1, 1, 0, 0, 0},  {2004, 0, 1, 0, 0, 0},
+      {2004, 13, 1, 0, 0, 0},  {2004, 257, 1, 0, 0, 0}, {2004, 4, 31, 0, 0, 0},
+      {2004, 1, 257, 0, 0, 0}, {2003, 2, 29, 0, 0, 0},  {2004, 1, 1, 24, 0, 0},
+      {2004, 1, 1, 0, 60, 0},  {2004, 1, 1, 0, 0, 60}};
+  for (const auto& d : rows) {
+    TMemoryStream stream(kStart + Date({d[0], d[1], d[2], d[3], d[4], d[5], 1}));
+    EXPECT_THROW(TTnef().LoadFromStream(stream), EConvertError) << testing::PrintToString(d);
   }
 }
 
