@@ -103,15 +103,14 @@ class THeader : private TStringListObserver {
   ptrdiff_t IndexOf(const THeaderItem& item) const noexcept;
   size_t GetCount() const noexcept { return fields_.size(); }
   THeaderItem& GetItems(size_t index);
+  /// The name and the joined value lines of a field, without making its item.
+  std::string_view NameOf(size_t index) const;
+  std::string ValuesAsText(size_t index) const;
   /// Null when there is none.
   THeaderItem* GetHeader(std::string_view name);
   /// The main value of the first field of that name; empty when there is none.
   std::string GetHeaderStr(std::string_view name) const;
   void SetHeaderStr(std::string_view name, std::string_view value) { Replace(name, value); }
-
-  /// The name of a field and its joined value lines, without making its item.
-  std::string_view NameOf(size_t index) const;
-  std::string ValuesAsText(size_t index) const;
 
   bool GetModified() const noexcept { return modified_; }
   void SetModified(bool modified) noexcept { modified_ = modified; }
@@ -134,12 +133,11 @@ class THeader : private TStringListObserver {
   };
 
   void StringListChanged() override { ChangeNotify(); }
-  const TField& Field(size_t index) const;
+  void CheckIndex(size_t index) const;
   TField MakeField(std::string_view name, std::string_view value);
   THeaderItem& ItemOf(TField& field);
+  void AddRead(TField field);
   size_t ParseFields(std::string_view text);
-  void RequireName(std::string_view name) const;
-  static std::string JoinValues(const TField& field);
 
   std::vector<TField> fields_;
   TTextBlock block_;  // what the fields point into
@@ -147,15 +145,20 @@ class THeader : private TStringListObserver {
 };
 
 /// The value lines of one field, one after the other, without making its item:
-/// `for (THeaderValues values(header, index); values.Next();) use(values.Line());`
+/// `THeaderValues values(header, name); while (values.Next()) Use(values.Line());`
 /// The header must not change meanwhile.
 class THeaderValues {
  public:
   /// The first field of that name; there are no values without one.
   THeaderValues(const THeader& header, std::string_view name);
+  THeaderValues(const THeaderValues&) = delete;
+  THeaderValues& operator=(const THeaderValues&) = delete;
+
   bool Found() const noexcept { return field_ != nullptr; }
   bool Next();
   std::string_view Line() const noexcept { return line_; }
+  /// What stands between two lines when the field is written.
+  std::string_view Separator() const noexcept;
 
  private:
   friend class THeader;
@@ -166,7 +169,7 @@ class THeaderValues {
   std::string unfolded_;
   std::string_view rest_;  // of a raw value
   std::string_view line_;
-  size_t index_ = 0;  // of the item's value lines
+  size_t index_ = 0;  // of the item's next value line
 };
 
 }  // namespace quarda

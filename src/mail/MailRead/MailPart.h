@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Header.h"
@@ -43,12 +44,12 @@ class TMailPart {
   virtual ~TMailPart();
 
   /// Copies header, body and the whole child tree.
-  void Assign(const TMailPart& source);
+  void Assign(TMailPart& source);
   TMailPart& Add();
   void Delete(size_t index);
   /// Nothing when the part is no child.
   void Delete(const TMailPart& part);
-  /// -1 when the part is no child.
+  /// -1 when the part is no child. Costs little for one child after the other.
   ptrdiff_t IndexOf(const TMailPart& part) const noexcept;
   void Move(size_t from, size_t to);
   void Exchange(size_t index1, size_t index2);
@@ -57,7 +58,7 @@ class TMailPart {
   size_t GetCount() const noexcept { return parts_.size(); }
   TMailPart& GetParts(size_t index) const;
   /// Copies the part's content into the child.
-  void SetParts(size_t index, const TMailPart& part);
+  void SetParts(size_t index, TMailPart& part);
   TMailPart* GetParent() const noexcept { return parent_; }
   TMail* GetMail() const noexcept { return mail_; }
 
@@ -127,7 +128,6 @@ class TMailPart {
  private:
   friend class TMail;
   friend class TMailParser;
-  friend class TMailWriter;
   friend class TPartLists;
 
   enum class TBodyState : uint8_t { kLines, kText, kDeferred };
@@ -143,24 +143,28 @@ class TMailPart {
     TMailPart& part_;
   };
 
+  using TParts = std::vector<std::unique_ptr<TMailPart>>;
+
+  static void DestroyAll(TParts parts) noexcept;
   TMailPart& Append();
   void CheckIndex(size_t index) const;
   void NotifyMail();
-  void TakeContent(TMailPart& source);
-  void AssignOwn(const TMailPart& source);
-  void DropBody() noexcept;
-  void ReadDeferred(uint64_t size);
-  bool IsLastInMail() const noexcept;
-  void ClearModifiedMarks() noexcept;
+  void NotifyReordered();
+  TParts CopyChildren(TMailPart& source);
+  void AssignOwn(TMailPart& source);
+  void UseLines() noexcept;
+  void SplitText();
+  void ReadDeferred();
+  void ClearMarks() noexcept;
+  void SaveOwn(TTextStreamer& streamer);
+  void DropStaleBoundary();
   std::string MainValue() const;
-  bool HasMediaType(std::string_view type) const;
-  bool HasName() const;
+  bool HasDispositionOf(std::string_view value) const;
   TListing Classify() const;
   std::string Parameter(std::string_view field, std::string_view name) const;
   void SetParameter(std::string_view name, std::string_view value);
-  std::pair<size_t, size_t> EncodedLines();
-  template <class Take>
-  void ForEachContentPiece(Take take);
+  std::pair<size_t, size_t> EncodedLines(mail::TEncodeType encoding);
+  void RequireDecodable() const;
 
   bool modified_ = false;
   TBodyState body_ = TBodyState::kLines;
@@ -174,9 +178,9 @@ class TMailPart {
   std::string_view text_;   // kText: the body with its line ends
   uint64_t bodyStart_ = 0;  // kDeferred: where it lies in the mail's file
   uint64_t bodyEnd_ = 0;
-  uint64_t order_ = 0;  // position in the document as the part lists know it; 0: not listed
-  mutable size_t indexHint_ = 0;
-  std::vector<std::unique_ptr<TMailPart>> parts_;
+  uint64_t order_ = 0;    // position in the document as the part lists know it; 0: not listed
+  size_t indexHint_ = 0;  // where the parent had it last
+  TParts parts_;
 };
 
 }  // namespace quarda

@@ -24,12 +24,16 @@ class TPartLists {
   /// The order of parts changed; the next update lists all anew.
   void NoteReordered() noexcept { rebuild_ = true; }
   /// Must be called before a part and what lies below it are destroyed.
-  void Forget(TMailPart& subtree);
+  void Forget(TMailPart& part);
+  /// The same for what lies below the part alone.
+  void ForgetChildren(TMailPart& part);
+  /// Empties both lists; the next update lists all parts anew.
   void Clear() noexcept;
   void Update(TMailPart& root);
   void Rebuild(TMailPart& root);
 
  private:
+  void ForgetRange(uint64_t first, uint64_t last);
   void Append(TMailPart& part);
   void Relist(TMailPart& part);
   std::vector<TMailPart*>* ListOf(TMailPart::TListing listing) noexcept;
@@ -39,7 +43,7 @@ class TPartLists {
   std::vector<TMailPart*> added_;
   std::vector<TMailPart*> changed_;
   uint64_t lastOrder_ = 0;
-  bool rebuild_ = false;
+  bool rebuild_ = true;
 };
 
 }  // namespace quarda

@@ -58,9 +58,12 @@ class TTextStreamer {
   /// The offset at which the last line begins.
   uint64_t LineStart() const noexcept { return lineStart_; }
 
-  /// Whether the source lies in memory, so that `Rest` and `Block` serve.
+  /// Whether the source lies in memory, so that the four below serve.
   bool IsInMemory() const noexcept { return content_.has_value(); }
-  /// The bytes from the position on.
+  /// The bytes between two offsets, and those from the position on.
+  std::string_view Content(uint64_t start, uint64_t end) const noexcept {
+    return content_->substr(static_cast<size_t>(start), static_cast<size_t>(end - start));
+  }
   std::string_view Rest() const noexcept { return content_->substr(position_); }
   /// A block that holds the source; made by a copy when the stream has none.
   const TTextBlock& Block();
