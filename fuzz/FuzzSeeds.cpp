@@ -1,5 +1,5 @@
-// Runs a fuzz target over files: the seeds of its corpus as an ordinary test, or one input that once
-// failed.
+// Runs a fuzz target over files: the seeds of its corpus as an ordinary test, or one input that
+// once failed.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>

@@ -1,0 +1,138 @@
+// The whole program as the server pays for it: processor time against a bare process start, and
+// peak memory. It measures other processes, which only the system's own calls can do.
+//
+// Usage: bench_process BASE-FOLDER LOGGING-BASE-FOLDER WORK-FOLDER
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "MailFactory.h"
+#include "Measure.h"
+
+namespace quarda::bench {
+
+namespace {
+
+constexpr int kRuns = 201;
+
+struct TUse {
+  double cpuSeconds = 0;
+  long peakKilobytes = 0;
+};
+
+double Seconds(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
+/// Runs a program to its end. A program that fails would be measured as a fast one, so that ends
+/// the measurement.
+TUse Run(const std::vector<std::string>& command) {
+  std::vector<char*> arguments;
+  for (const std::string& argument : command) {
+    arguments.push_back(const_cast<char*>(argument.c_str()));
+  }
+  arguments.push_back(nullptr);
+  pid_t child = 0;
+  int status = 0;
+  rusage use = {};
+  if (posix_spawn(&child, arguments[0], nullptr, nullptr, arguments.data(), environ) != 0 ||
+      wait4(child, &status, 0, &use) != child || status != 0) {
+    std::fprintf(stderr, "%s: failed with status %d\n", arguments[0], status);
+    std::exit(1);
+  }
+  return {Seconds(use.ru_utime) + Seconds(use.ru_stime), use.ru_maxrss};
+}
+
+void WriteFile(const std::string& path, const std::string& content) {
+  std::ofstream(path, std::ios::binary) << content;
+}
+
+/// Written piece by piece: what this process holds would count as its children's memory.
+void WriteHugeMail(const std::string& path) {
+  const std::string mail = AttachmentMail(64 << 10, 12);
+  const size_t end = mail.rfind("--=_mix_1--");
+  const std::string lines = Base64Lines(64 << 10, 13);
+  std::ofstream file(path, std::ios::binary);
+  file << mail.substr(0, end);
+  for (int i = 1; i < 1600; ++i) file << lines;
+  file << mail.substr(end);
+}
+
+struct TCommand {
+  std::string name;
+  std::vector<std::string> command;
+  double goal;  // times the bare process; 0 = none
+};
+
+void MeasureTime(const std::vector<TCommand>& commands) {
+  std::vector<std::vector<double>> seconds(commands.size());
+  for (int run = 0; run < kRuns; ++run) {
+    for (size_t i = 0; i < commands.size(); ++i) {
+      seconds[i].push_back(Run(commands[i].command).cpuSeconds);
+    }
+  }
+  PrintTitle("Whole process: processor time, median of " + std::to_string(kRuns) + " runs");
+  PrintRow({"", "ms", "x /bin/true", "goal"});
+  double bare = 0;
+  for (size_t i = 0; i < commands.size(); ++i) {
+    std::ranges::sort(seconds[i]);
+    const double median = seconds[i][kRuns / 2];
+    if (i == 0) bare = median;
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3f", median * 1e3);
+    PrintRow({commands[i].name, text, Times(median / bare),
+              commands[i].goal > 0 ? "at most " + Times(commands[i].goal) : "-"});
+  }
+}
+
+void MeasureMemory(const std::vector<TCommand>& commands) {
+  PrintTitle("Whole process: peak memory");
+  PrintRow({"", "MB", "ms", "goal"});
+  for (const TCommand& command : commands) {
+    const TUse use = Run(command.command);
+    char megabytes[32];
+    char milliseconds[32];
+    std::snprintf(megabytes, sizeof megabytes, "%.1f",
+                  static_cast<double>(use.peakKilobytes) / 1024);
+    std::snprintf(milliseconds, sizeof milliseconds, "%.1f", use.cpuSeconds * 1e3);
+    PrintRow({command.name, megabytes, milliseconds,
+              command.goal > 0 ? "at most " + std::to_string(static_cast<int>(command.goal)) + " MB"
+                               : "-"});
+  }
+}
+
+}  // namespace
+
+}  // namespace quarda::bench
+
+int main(int argc, char** argv) {
+  using namespace quarda::bench;
+  if (argc != 4) {
+    std::fprintf(stderr, "usage: bench_process BASE-FOLDER LOGGING-BASE-FOLDER WORK-FOLDER\n");
+    return 2;
+  }
+  const std::string quarda = std::string(argv[1]) + "/quarda";
+  const std::string logging = std::string(argv[2]) + "/quarda";
+  const std::string folder = argv[3];
+  const std::string small = folder + "/in_2k.inp";
+  const std::string medium = folder + "/in_20k.inp";
+  const std::string huge = folder + "/in_100m.inp";
+  WriteFile(small, OrdinaryMails(1, 2048, 10)[0]);
+  WriteFile(medium, OrdinaryMails(1, 20480, 11)[0]);
+  WriteHugeMail(huge);
+
+  MeasureTime({{"/bin/true", {"/bin/true"}, 0},
+               {"quarda, 2 KB mail", {quarda, small}, 0},
+               {"quarda, 20 KB mail", {quarda, medium}, 2},
+               {"the same, every message logged", {logging, medium}, 0}});
+  MeasureMemory({{"/bin/true", {"/bin/true"}, 0},
+                 {"quarda, 2 KB mail", {quarda, small}, 0},
+                 {"quarda, 100 MB mail", {quarda, huge}, 16}});
+}
