@@ -101,14 +101,12 @@ void TMailParser::KeepBody(TMailPart& part, uint64_t start, uint64_t end,
     return;
   }
   if (streamer_.IsInMemory()) {
-    part.textBlock_ = streamer_.Block();
-    part.text_ = streamer_.Content(start, end);
-  } else {
-    part.textBlock_ = TTextBlock(collected.size());
-    if (!collected.empty()) std::memcpy(part.textBlock_.Data(), collected.data(), collected.size());
-    part.text_ = part.textBlock_.View();
+    part.UseText(streamer_.Block(), streamer_.Content(start, end));
+    return;
   }
-  part.body_ = TMailPart::TBodyState::kText;
+  TTextBlock block(collected.size());
+  if (!collected.empty()) std::memcpy(block.Data(), collected.data(), collected.size());
+  part.UseText(block, block.View());
 }
 
 void TMailPart::LoadFromTextStreamer(TTextStreamer& streamer) {

@@ -163,10 +163,9 @@ void TMailPart::SetParts(size_t index, TMailPart& part) {
 void TMailPart::AssignOwn(TMailPart& source) {
   header_.Assign(source.header_);
   source.LoadBody();
-  body_ = source.body_ == TBodyState::kText ? TBodyState::kText : TBodyState::kLines;
+  UseLines();
   lines_.Assign(source.lines_);
-  textBlock_ = source.textBlock_;
-  text_ = source.text_;
+  if (source.body_ == TBodyState::kText) UseText(source.textBlock_, source.text_);
   modified_ = true;
 }
 
@@ -210,6 +209,14 @@ void TMailPart::UseLines() noexcept {
   text_ = {};
 }
 
+// The text holds the body from now on, in place of the lines; those must be empty.
+void TMailPart::UseText(TTextBlock block, std::string_view text) {
+  body_ = TBodyState::kText;
+  textBlock_ = std::move(block);
+  text_ = text;
+  if (linesShown_) SplitText();
+}
+
 void TMailPart::SplitText() {
   lines_.Reserve(static_cast<size_t>(std::ranges::count(text_, '\n')) + 1);
   lines_.Keep(textBlock_);
@@ -218,6 +225,7 @@ void TMailPart::SplitText() {
 }
 
 TStringList& TMailPart::GetBody() {
+  linesShown_ = true;
   LoadBody();
   if (body_ == TBodyState::kText) SplitText();
   return lines_;

@@ -153,6 +153,7 @@ class TMailPart {
   TParts CopyChildren(TMailPart& source);
   void AssignOwn(TMailPart& source);
   void UseLines() noexcept;
+  void UseText(TTextBlock block, std::string_view text);
   void SplitText();
   void ReadDeferred();
   void ClearMarks() noexcept;
@@ -170,6 +171,7 @@ class TMailPart {
   TBodyState body_ = TBodyState::kLines;
   TListing listing_ = TListing::kNone;
   bool changePending_ = false;  // noted for the part lists
+  bool linesShown_ = false;     // somebody may hold lines_, so it must hold the body
   TMail* const mail_;
   TMailPart* const parent_;
   TPartHeader header_{*this};
