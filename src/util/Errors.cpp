@@ -7,9 +7,15 @@
 
 namespace quarda {
 
+void RaiseListIndex(ptrdiff_t index) {
+  throw EListError("List index out of bounds (" + std::to_string(index) + ")");
+}
+
 TErrorDescription DescribeCurrentError() {
+  const std::exception_ptr current = std::current_exception();
+  if (!current) return {"EUnknownError", "Unknown error"};
   try {
-    throw;
+    std::rethrow_exception(current);
   } catch (const EError& error) {
     return {error.ClassName(), error.what()};
   } catch (const platform::EPlatformError& error) {

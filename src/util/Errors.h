@@ -1,6 +1,7 @@
 // The root of the engine's own errors.
 #pragma once
 
+#include <cstddef>
 #include <exception>
 #include <string>
 #include <string_view>
@@ -33,6 +34,9 @@ class EConvertError : public EError {
   using EError::EError;
   const char* ClassName() const noexcept override { return "EConvertError"; }
 };
+
+/// Raises EListError "List index out of bounds (%d)".
+[[noreturn]] void RaiseListIndex(ptrdiff_t index);
 
 /// An error as the log names it.
 struct TErrorDescription {

@@ -1,5 +1,7 @@
 #include "FileNames.h"
 
+#include <CodePage.h>
+
 #include <algorithm>
 #include <cstddef>
 
@@ -58,6 +60,22 @@ std::string_view PathRoot(std::string_view path) noexcept {
   const size_t server = path.find('\\', 2);
   if (server == std::string_view::npos) return path;
   return path.substr(0, path.find('\\', server + 1));
+}
+
+std::string RelativePath(std::string_view baseFolder, std::string_view path) {
+  if (!platform::SameAnsiText(PathRoot(baseFolder), PathRoot(path))) return std::string(path);
+  size_t shared = 0;  // behind the last backslash up to which both are the same
+  for (size_t slash = baseFolder.find('\\'); slash != std::string_view::npos;
+       slash = baseFolder.find('\\', slash + 1)) {
+    if (!platform::SameAnsiText(baseFolder.substr(0, slash + 1), path.substr(0, slash + 1))) break;
+    shared = slash + 1;
+  }
+  std::string relative;
+  const std::string_view own = baseFolder.substr(shared);
+  for (size_t up = static_cast<size_t>(std::ranges::count(own, '\\')); up > 0; --up) {
+    relative += "..\\";
+  }
+  return relative.append(path.substr(shared));
 }
 
 }  // namespace quarda

@@ -23,6 +23,10 @@ std::string AddTrailingBackslash(std::string_view path);
 /// Folder and name with exactly one backslash between them; the name alone without a folder.
 std::string JoinPath(std::string_view folder, std::string_view name);
 
+/// The path as seen from a folder (written with its closing backslash): without what both share,
+/// with a ".." for each further folder of the base. On another volume the path stays as it is.
+std::string RelativePath(std::string_view baseFolder, std::string_view path);
+
 /// What two paths on one volume have in common: "\\server\share", else the first two characters.
 std::string_view PathRoot(std::string_view path) noexcept;
 

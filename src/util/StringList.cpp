@@ -30,10 +30,7 @@ std::string_view NameOf(std::string_view line) {
 
 }  // namespace
 
-void TStringList::RaiseIndex(size_t index) {
-  throw EListError("List index out of bounds (" + std::to_string(static_cast<ptrdiff_t>(index)) +
-                   ")");
-}
+void TStringList::RaiseIndex(size_t index) { RaiseListIndex(static_cast<ptrdiff_t>(index)); }
 
 void TStringList::SwapLines(TStringList& other) noexcept {
   std::swap(lines_, other.lines_);

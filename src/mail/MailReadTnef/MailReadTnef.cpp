@@ -302,10 +302,7 @@ void TTnef::LoadFromFile(std::string_view path) {
 }
 
 const TTnefAttachment& TTnef::GetItems(size_t index) const {
-  if (index >= items_.size()) {
-    throw EListError("List index out of bounds (" + std::to_string(static_cast<ptrdiff_t>(index)) +
-                     ")");
-  }
+  if (index >= items_.size()) RaiseListIndex(static_cast<ptrdiff_t>(index));
   return *items_[index];
 }
 
