@@ -50,6 +50,9 @@ class AnsiString {
   }
   friend bool operator==(const AnsiString& a, std::string_view b) noexcept { return a.View() == b; }
   friend bool operator==(const AnsiString& a, const char* b) noexcept { return a.View() == b; }
+  friend bool operator==(const AnsiString& a, const std::string& b) noexcept {
+    return a.View() == b;
+  }
 
  private:
   // The characters follow the block, ended by a NUL byte.
