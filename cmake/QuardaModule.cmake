@@ -9,6 +9,13 @@ function(qd_module name)
   set_property(GLOBAL APPEND PROPERTY QD_MODULES ${name})
 endfunction()
 
+# Links the C++ runtime into a program or library (not under a sanitizer, which brings its own).
+function(qd_static_runtime target)
+  if(NOT QD_SANITIZE)
+    target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+  endif()
+endfunction()
+
 # The test program of one module, run by CTest test by test. QD_TEST_DATA is the folder tests/data.
 function(qd_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})

@@ -1,0 +1,137 @@
+#include "Application.h"
+
+#include <CurrentApp.h>
+#include <InternalPlugins.h>
+#include <QDConfig.h>
+#include <QDPlugin.h>
+#include <Utils.h>
+
+#include <algorithm>
+#include <string>
+
+#include "PluginList.h"
+#include "ScanInstance.h"
+
+namespace quarda {
+namespace {
+
+constexpr const char* kSettingsName = "Quarda.ini";
+
+}  // namespace
+
+/// Keeps a scan among the running ones for a scope.
+class TQuardaApp::TRunningScan {
+ public:
+  TRunningScan(TQuardaApp& app, TRef<IQuardaInstanceEx> scan) : app_(app), scan_(std::move(scan)) {
+    app_.instances_.push_back(scan_);
+  }
+  TRunningScan(const TRunningScan&) = delete;
+  TRunningScan& operator=(const TRunningScan&) = delete;
+  ~TRunningScan() {
+    std::erase_if(app_.instances_, [this](const TRef<IQuardaInstance>& running) {
+      return running.Get() == scan_.Get();
+    });
+  }
+
+  IQuardaInstanceEx& Get() const { return *scan_; }
+
+ private:
+  TQuardaApp& app_;
+  TRef<IQuardaInstanceEx> scan_;
+};
+
+TQuardaApp::TQuardaApp(const TEngineEnvironment& environment) : environment_(environment) {}
+
+TQuardaApp::~TQuardaApp() = default;
+
+void TQuardaApp::Start() {
+  config_ = MakeRef<TConfig>(kSettingsName, this);
+  config_->BuildConfigFile();
+  plugins_ = MakeRef<TPluginList>();
+  InstallInternalPlugins(this);
+}
+
+void TQuardaApp::Close() {
+  instances_.clear();
+  plugins_.Reset();
+  config_.Reset();
+}
+
+TRef<IPluginList> TQuardaApp::GetPlugins() { return plugins_; }
+
+TRef<IQuardaInstance> TQuardaApp::GetInstances(int32_t index) {
+  if (index < 0 || index >= GetInstanceCount()) RaiseListIndex(index);
+  return instances_[static_cast<size_t>(index)];
+}
+
+int32_t TQuardaApp::RunInstance(const AnsiString& commandLine) {
+  const TRunningScan running(*this, MakeRef<TQuardaInstance>(commandLine, environment_));
+  return Scan(running.Get());
+}
+
+int32_t TQuardaApp::Scan(IQuardaInstanceEx& scan) {
+  int32_t exitCode = 0;
+  bool redAlert = false;
+  try {
+    if (!scan.Initialize()) return 0;
+    if (!scan.Execute()) exitCode = 1;
+    if (exitCode != 0) redAlert = ReportVirus(scan, exitCode);
+  } catch (...) {
+    LogException(nullptr);
+    if (exitCode != 0) {
+      scan.LogError(nullptr, "Force ExitCode from " + std::to_string(exitCode) + " to 0.");
+    }
+    exitCode = 0;
+  }
+  scan.WriteStatistic(redAlert, exitCode);
+  if (!(scan.GetGlobalData(kIgnoreResult) == "0")) exitCode = 0;
+  scan.LogDebug(nullptr, "Quarda finished.");
+  return exitCode;
+}
+
+/// Tells of a virus mail; returns whether it raised a red alert.
+bool TQuardaApp::ReportVirus(IQuardaInstanceEx& scan, int32_t exitCode) {
+  if (scan.GetGlobalData(kIgnoreResult) == "0") {
+    scan.LogWarn(nullptr, "returned ExitCode: " + std::to_string(exitCode));
+  }
+  const bool redAlert = !scan.AddRedAlertFile();
+  if (redAlert) scan.LogWarn(nullptr, "!!! RedAlert !!!");
+  return redAlert;
+}
+
+namespace {
+
+/// The life of an application as the current one.
+class TCurrentRequest {
+ public:
+  explicit TCurrentRequest(const TEngineEnvironment& environment)
+      : app_(MakeRef<TQuardaApp>(environment)) {
+    SetQuardaApp(app_);
+  }
+  TCurrentRequest(const TCurrentRequest&) = delete;
+  TCurrentRequest& operator=(const TCurrentRequest&) = delete;
+  ~TCurrentRequest() {
+    app_->Close();
+    SetQuardaApp(nullptr);
+  }
+
+  TQuardaApp& App() const { return *app_; }
+
+ private:
+  TRef<TQuardaApp> app_;
+};
+
+}  // namespace
+
+int32_t RunCommandLine(const AnsiString& commandLine,
+                       const TEngineEnvironment& environment) noexcept {
+  try {
+    const TCurrentRequest request(environment);
+    request.App().Start();
+    return request.App().RunInstance(commandLine);
+  } catch (...) {
+    return 0;  // an error that nothing else handled never blocks a mail
+  }
+}
+
+}  // namespace quarda

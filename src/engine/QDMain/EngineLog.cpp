@@ -1,0 +1,132 @@
+// Two layouts: tab-separated lines for machines, and for people a block for each scan with a header
+// line. The file is opened and closed for every entry, and an entry goes out with one write, so
+// entries of several processes interleave but never mix.
+#include "EngineLog.h"
+
+#include <CodePage.h>
+#include <CommandLine.h>
+#include <DateText.h>
+#include <Files.h>
+#include <PlatformError.h>
+#include <Program.h>
+#include <Utils.h>
+
+#include <algorithm>
+
+namespace quarda {
+namespace {
+
+constexpr const char* kLogName = "Quarda.log";
+constexpr const char* kSeparator = "\r\n***************\r\n";
+
+const char* FileTypeColumn(TOvraMailFileType type) {
+  switch (type) {
+    case ftInMail:
+      return "IN";
+    case ftOutMail:
+      return "OUT";
+    case ftAttachment:
+      break;
+  }
+  return "ATT";
+}
+
+std::string EntryLine(IPlugin* plugin, int32_t priority, std::string_view message,
+                      std::string_view baseFolder) {
+  std::string line = " ";
+  if (plugin) line.append("[").append(PluginColumn(*plugin, baseFolder)).append("] ");
+  if (priority == kLogError) line.append("ERROR: ");
+  return line.append(message).append("\r\n");
+}
+
+bool IsNested(IQuardaInstance& scan) {
+  const TRef<IQuardaApp> app = scan.GetApp();
+  return app && app->GetInstanceCount() > 1;
+}
+
+void AppendToFile(const std::string& path, std::string_view text) {
+  platform::TFile file(path, platform::TOpenMode::kAppend);
+  if (!text.empty()) file.Write(text.data(), text.size());
+}
+
+}  // namespace
+
+std::string LogFolder(IConfig& config, std::string_view baseFolder) {
+  const AnsiString setting = config.GetLogFilePath();
+  const std::string_view folder = Trim(setting);
+  return AddTrailingBackslash(folder.empty() ? baseFolder : folder);
+}
+
+bool LimitLogFile(const std::string& path, IConfig& config) {
+  const auto record = platform::FindFile(path);
+  if (!record) return false;
+  const uint32_t limit = config.GetLogMaxFileSize() * 1024u;
+  if (static_cast<uint32_t>(record->size) <= limit) return true;
+  BackupFile(path);
+  platform::RemoveFile(path);
+  return platform::FileExists(path);
+}
+
+std::string PluginColumn(IPlugin& plugin, std::string_view baseFolder) {
+  std::string column = plugin.GetName().Str();
+  const AnsiString library = plugin.GetFileName();
+  if (platform::SameAnsiText(library, platform::ModulePath())) return column;
+  const std::string relative = RelativePath(AddTrailingBackslash(baseFolder), library);
+  column.append("@");
+  return column.append(library.Size() < relative.size() ? library.View()
+                                                        : std::string_view(relative));
+}
+
+std::string TEngineLog::SingleLine(IQuardaInstance& scan, IPlugin* plugin, int32_t priority,
+                                   std::string_view message) const {
+  const platform::TLocalTime now = clock_.Now();
+  const char* const priorityName = PriNames[std::clamp(priority, 0, 5)];
+  std::string line = DateText(now) + '\t' + TimeText(now) + '\t';
+  line.append(FileTypeColumn(scan.GetFileType())).append("\t");
+  line.append(scan.GetArguments()->GetName()).append("\t");
+  line.append(priorityName).append("\t");
+  if (plugin) line.append(PluginColumn(*plugin, scan.GetQuardaPath()));
+  return line.append("\t").append(message).append("\r\n");
+}
+
+std::string TEngineLog::Header(IQuardaInstance& scan, bool newFile, int32_t logMode) const {
+  const platform::TLocalTime now = clock_.Now();
+  const TRef<IArguments> arguments = scan.GetArguments();
+  const std::string time = DateText(now) + ' ' + TimeText(now);
+  const std::string name = arguments->GetName().Str();
+  if (IsNested(scan)) return time + " eml Attachment:" + name + "\r\n";
+  std::string header;
+  if (!newFile && scan.GetFileType() != ftAttachment) header = kSeparator;
+  header.append(time).append(" ").append(name).append("\r\n");
+  if (logMode >= kLogDebug) {
+    header.append(" Arguments: ");
+    header.append(ExtractCmdArguments(arguments->GetCommandLine())).append("\r\n");
+  }
+  return header;
+}
+
+void TEngineLog::Write(IQuardaInstance& scan, IPlugin* plugin, int32_t priority,
+                       std::string_view message) {
+  const TRef<IConfig> config = scan.GetConfig();
+  if (!config) return;
+  const std::string path = LogFolder(*config, scan.GetQuardaPath()) + kLogName;
+  const bool newFile = !LimitLogFile(path, *config);
+  const int32_t logMode = config->GetLogMode();
+  const bool filtered = priority > logMode;
+  std::string text;
+  if (config->GetLogSingleLine()) {
+    if (!filtered) text = SingleLine(scan, plugin, priority, message);
+  } else {
+    if (!headerWritten_) text = Header(scan, newFile, logMode);
+    headerWritten_ = true;
+    if (!filtered) text += EntryLine(plugin, priority, message, scan.GetQuardaPath());
+  }
+  if (text.empty() && !newFile) return;  // opening and closing it would change nothing
+  try {
+    AppendToFile(path, text);
+  } catch (const platform::EPlatformError&) {
+    // The log of a mail must never stop its scan.
+  }
+}
+
+}  // namespace quarda

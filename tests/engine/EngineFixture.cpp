@@ -1,0 +1,42 @@
+#include "EngineFixture.h"
+
+#include <unistd.h>
+
+namespace quarda::test {
+
+TEngineTest::TEngineTest() {
+  std::string name = (std::filesystem::temp_directory_path() / "quarda-engine-XXXXXX").string();
+  native_ = mkdtemp(name.data());
+  folder_ = platform::WindowsPath(native_.string());
+  std::filesystem::create_directories(native_ / "base");
+}
+
+TEngineTest::~TEngineTest() { std::filesystem::remove_all(native_); }
+
+void TEngineTest::Write(const std::string& path, std::string_view content) const {
+  platform::ReplaceFileContent(path, content);
+}
+
+std::string TEngineTest::Mail(std::string_view name, std::string_view content) const {
+  const std::string path = Path(name);
+  Write(path, content);
+  return path;
+}
+
+TFakePlugin& TEngineTest::Plugin(const std::string& name) {
+  plugins_.push_back(MakeRef<TFakePlugin>(name));
+  return *plugins_.back();
+}
+
+int32_t TEngineTest::Run(const std::string& commandLine) {
+  const auto app = MakeRef<TQuardaApp>(TEngineEnvironment{Path("base"), &clock_});
+  SetQuardaApp(app);
+  app->Start();
+  for (const auto& plugin : plugins_) app->GetPlugins()->Add(plugin.Get(), 0);
+  const int32_t exitCode = app->RunInstance(commandLine);
+  app->Close();
+  SetQuardaApp(nullptr);
+  return exitCode;
+}
+
+}  // namespace quarda::test
