@@ -1,0 +1,132 @@
+// Finding the next tag in a text that is given in stretches.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+namespace quarda {
+
+inline constexpr size_t kNowhere = static_cast<size_t>(-1);
+
+/// A tag, from its "<" (offset from 0) up to behind its ">".
+struct TTagSpan {
+  size_t start = kNowhere;
+  size_t end = 0;
+  bool cutOff = false;  ///< the text ended first
+  bool loose = false;   ///< begins like a processing instruction, but nothing closes one behind it
+
+  explicit operator bool() const noexcept { return start != kNowhere; }
+};
+
+/// A plain string as the scanner reads it.
+class TStringSource {
+ public:
+  explicit TStringSource(std::string_view text) : text_(text) {}
+  size_t Size() const noexcept { return text_.size(); }
+  std::string_view ViewFrom(size_t at) const noexcept {
+    return at < text_.size() ? text_.substr(at) : std::string_view();
+  }
+
+ private:
+  std::string_view text_;
+};
+
+/// Scans a source: anything with `Size` and `ViewFrom`. Every "<" starts a tag; comments and
+/// processing instructions end at their own marks, all other tags at the first ">" outside quotes.
+template <class TSource>
+class TTagScan {
+ public:
+  /// `noMark` is an offset from which on the text holds no "?>"; a search that fails lowers it, so
+  /// that a text full of "<?" is not searched again and again.
+  TTagScan(const TSource& source, size_t& noMark) : source_(source), noMark_(noMark) {}
+
+  /// The first tag that starts at or behind the offset.
+  TTagSpan Next(size_t from) {
+    TTagSpan tag;
+    tag.start = Find('<', from);
+    if (!tag) return tag;
+    if (StartsWith(tag.start + 1, "!--")) {
+      tag.end = FindMark("-->", tag.start + 1);
+    } else if (StartsWith(tag.start + 1, "?") && IsLetter(At(tag.start + 2))) {
+      tag.end = FindInstructionEnd(tag.start + 2);
+      tag.loose = tag.end == kNowhere;
+      if (tag.loose) tag.end = FindTagEnd(tag.start + 1);
+    } else {
+      tag.end = FindTagEnd(tag.start + 1);
+    }
+    tag.cutOff = tag.end == kNowhere;
+    if (tag.cutOff) tag.end = source_.Size();
+    return tag;
+  }
+
+ private:
+  static bool IsLetter(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+  char At(size_t at) const noexcept {
+    const std::string_view view = source_.ViewFrom(at);
+    return view.empty() ? '\0' : view.front();
+  }
+
+  bool StartsWith(size_t at, std::string_view text) const noexcept {
+    for (const char c : text) {
+      if (At(at++) != c) return false;
+    }
+    return true;
+  }
+
+  size_t Find(char c, size_t from) const noexcept {
+    while (true) {
+      const std::string_view view = source_.ViewFrom(from);
+      if (view.empty()) return kNowhere;
+      const size_t at = view.find(c);
+      if (at != std::string_view::npos) return from + at;
+      from += view.size();
+    }
+  }
+
+  /// Behind the first occurrence of the mark, which ends with its only ">".
+  size_t FindMark(std::string_view mark, size_t from) const noexcept {
+    const size_t before = mark.size() - 1;
+    for (size_t at = from + before; (at = Find('>', at)) != kNowhere; ++at) {
+      if (StartsWith(at - before, mark.substr(0, before))) return at + 1;
+    }
+    return kNowhere;
+  }
+
+  size_t FindInstructionEnd(size_t from) noexcept {
+    if (from >= noMark_) return kNowhere;
+    const size_t end = FindMark("?>", from);
+    if (end == kNowhere) noMark_ = from;
+    return end;
+  }
+
+  /// Behind the first ">" outside quotes.
+  size_t FindTagEnd(size_t from) const noexcept {
+    char quote = '\0';
+    while (true) {
+      const std::string_view view = source_.ViewFrom(from);
+      if (view.empty()) return kNowhere;
+      const char* at = view.data();
+      const char* const end = at + view.size();
+      while (at < end) {
+        if (quote != '\0') {
+          at = static_cast<const char*>(std::memchr(at, quote, static_cast<size_t>(end - at)));
+          if (at == nullptr) break;
+          quote = '\0';
+        } else if (*at == '>') {
+          return from + static_cast<size_t>(at - view.data()) + 1;
+        } else if (*at == '"' || *at == '\'') {
+          quote = *at;
+        }
+        ++at;
+      }
+      from += view.size();
+    }
+  }
+
+  const TSource& source_;
+  size_t& noMark_;
+};
+
+}  // namespace quarda

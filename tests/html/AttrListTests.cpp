@@ -1,0 +1,148 @@
+#include <MiniHtmlParser.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace quarda {
+namespace {
+
+TAttrList List(std::string_view text) {
+  TAttrList list;
+  list.SetAsString(text);
+  return list;
+}
+
+TEST(AttrList, ReadsAndWrites) {
+  const struct {
+    const char* text;
+    int32_t count;
+    const char *written, *proper;  // written anew, on one line before it was read
+  } rows[] = {
+      {"", 0, "", ""},
+      {" \r\n", 0, "", ""},
+      {"checked", 1, "checked", "checked"},
+      {"href='x'  target=_blank", 2, "href='x'  target=_blank", "href='x' target=_blank"},
+      {"a='x y' b=c", 2, "a='x y' b=c", "a='x y' b=c"},
+      {"a='x'b=c", 2, "a='x' b=c", "a='x'b=c"},
+      {"a = b", 3, "a  b", "a = b"},
+      {"a\n b", 2, "a\r\n b", "a b"},
+      {"a \r\n\n  b", 2, "a\r\n\r\n  b", "a b"},
+      {"a='1\r\n2' b", 2, "a='1\n2' b", "a='1 2' b"},
+      {"a\tb c\rd", 2, "a\tb cd", "a\tb cd"},
+      {"\"q\"'r's 'open", 3, "\"q\" 'r' s ", "\"q\"'r's 'open"},
+      {"a=\"it's\" b", 2, "a=\"it's\" b", "a=\"it's\" b"},
+  };
+  for (const auto& row : rows) {
+    TAttrList list = List(row.text);
+    EXPECT_EQ(list.GetAsString(), row.text);
+    EXPECT_EQ(list.GetAsProperString(), row.proper);
+    EXPECT_EQ(list.GetCount(), row.count) << row.text;
+    // The white space behind the last attribute counts only while another one follows it.
+    const std::string written = row.written;
+    EXPECT_EQ(list.GetAsString(), written.substr(0, written.find_last_not_of(' ') + 1)) << row.text;
+  }
+}
+
+TEST(AttrList, SplitsAtTheFirstFreeEqualsSign) {
+  const struct {
+    const char *text, *name, *value;
+  } rows[] = {{"a=b=c", "a", "b=c"}, {"'a=b'=c", "'a=b'", "c"}, {"\"a'=b", "\"a'=b", ""},
+              {"=", "", ""},         {" a = b", " a ", " b"},   {"", "", ""}};
+  for (const auto& row : rows) {
+    std::string name, value;
+    TAttrList::ParseOne(row.text, name, value);
+    EXPECT_EQ(name, row.name) << row.text;
+    EXPECT_EQ(value, row.value) << row.text;
+  }
+}
+
+TEST(AttrList, Changes) {
+  const struct {
+    const char* row;
+    void (*change)(TAttrList&);
+    const char* expected;
+  } rows[] = {
+      {"value", [](TAttrList& l) { l.SetValue("B", "clsid:1"); }, "a=1  b=clsid:1 c"},
+      {"quoted value", [](TAttrList& l) { l.SetValues(0, "x y"); }, "a=\"x y\" b='2'   c"},
+      {"new value", [](TAttrList& l) { l.SetValue("d", "it's"); }, "a=1  b='2'   c d=\"it's\""},
+      {"name", [](TAttrList& l) { l.SetNames(1, "z"); }, "a=1  z='2' c"},
+      {"no name", [](TAttrList& l) { l.SetNames(1, ""); }, "a=1  c"},
+      {"attribute", [](TAttrList& l) { l.SetAttrString("A", "y=q w"); }, "y=q w b='2'   c"},
+      {"no attribute", [](TAttrList& l) { l.SetAttrStrings(2, ""); }, "a=1  b='2'  "},
+      {"new attribute", [](TAttrList& l) { l.SetAttrString("x", "k='v'"); },
+       "a=1  b='2'   c k='v'"},
+      {"nothing new", [](TAttrList& l) { l.SetAttrString("x", ""); }, "a=1  b='2'   c"},
+      {"outside", [](TAttrList& l) { l.SetValues(3, "x"), l.SetNames(-1, ""); }, "a=1  b='2'   c"},
+      {"delete", [](TAttrList& l) { l.DeleteName("B"), l.DeleteName("x"); }, "a=1  c"},
+  };
+  for (const auto& row : rows) {
+    TAttrList list = List("a=1  b='2'   c");
+    row.change(list);
+    EXPECT_EQ(list.GetAsString(), row.expected) << row.row;
+  }
+  TAttrList list = List("href=1 HREF=2");
+  EXPECT_EQ(list.FindAttribute("Href", false), 0);
+  EXPECT_EQ(list.FindAttribute("HREF", true), 1);
+  EXPECT_EQ(list.FindAttribute("Href", true), -1);
+  EXPECT_FALSE(list.Delete(-1) || list.Delete(2) || list.HasAttr(2) || list.HasAttrName("x"));
+  EXPECT_TRUE(list.HasAttr(1) && list.HasAttrName("hReF"));
+  EXPECT_EQ(list.GetValue("x") + list.GetAttrString("x") + list.GetNames(2), "");
+}
+
+TEST(AttrList, FindsAmongMany) {
+  std::string text;
+  for (int i = 0; i < 300; ++i)
+    text += "n" + std::to_string(i % 200) + "=" + std::to_string(i) + " ";
+  TAttrList list = List(text);
+  EXPECT_EQ(list.GetValue("N150"), "150");
+  EXPECT_EQ(list.GetValue("n99"), "99");
+  list.Delete(99);
+  EXPECT_EQ(list.GetValue("n99"), "299");
+  list.SetNames(0, "N99");
+  EXPECT_EQ(list.GetValue("n99"), "0");
+  EXPECT_EQ(list.GetValue("n200"), "");
+}
+
+TEST(AttrList, QuotesWhatNeedsIt) {
+  const struct {
+    const char *value, *quoted;
+  } rows[] = {{"abc", "abc"},       {"a b", "\"a b\""}, {"a\"b c'", "'a\"b c''"},
+              {"it's", "\"it's\""}, {"'x y", "'x y"},   {"\"", "\""},
+              {"a!", "\"a!\""},     {"", ""},           {"a>\"", "\"a>\"\""}};
+  for (const auto& row : rows) EXPECT_EQ(NeedQuotations(row.value), row.quoted);
+}
+
+TEST(Tag, SplitsAndWrites) {
+  const struct {
+    const char *text, *name, *attributes, *written;
+  } rows[] = {
+      {"<a href='x'  target=_blank>", "a", "href='x'  target=_blank",
+       "<a href='x'  target=_blank>"},
+      {"</p>", "/p", "", "</p>"},
+      {"<!-- x -->", "!--", "x --", "<!-- x -->"},
+      {"<br/>", "br", "", "<br>"},
+      {"<br />", "br", "/", "<br />"},
+      {"<a\r\n\r\nb>", "a", "\r\nb", "<a b>"},
+      {"<a\tb c", "a\tb", "c", "<a\tb c>"},
+      {"a  b>", "a", " b", "<a b>"},
+      {"<", "", "", "<>"},
+      {"", "", "", "<>"},
+  };
+  for (const auto& row : rows) {
+    std::string name, attributes;
+    TagStringToComponents(row.text, name, attributes);
+    EXPECT_EQ(name, row.name) << row.text;
+    EXPECT_EQ(attributes, row.attributes) << row.text;
+    EXPECT_EQ(ParseTag(row.text, 1, 2)->GetAsString(), row.written) << row.text;
+  }
+  const TAttrListGuardRef tag = ParseTag("</b >", 3, 7);
+  EXPECT_EQ(tag->GetUpperTagName(), "/B");
+  tag->SetTagName(" \n");
+  EXPECT_EQ(tag->GetTagName(), "/b");
+  tag->SetTagName(" i ");
+  EXPECT_EQ(tag->GetAsString(), "<i>");
+  EXPECT_EQ(tag->GetStart() * 10 + tag->GetEnd(), 37);
+}
+
+}  // namespace
+}  // namespace quarda

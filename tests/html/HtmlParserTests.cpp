@@ -1,0 +1,194 @@
+#include <Files.h>
+#include <MiniHtmlParser.h>
+#include <PlatformError.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "HtmlReference.h"
+
+namespace quarda {
+namespace {
+
+THtmlParser Parser(std::string text) {
+  THtmlParser parser;
+  parser.SetText(std::move(text));
+  return parser;
+}
+
+std::vector<std::string> Tags(const std::string& text) {
+  std::vector<std::string> tags;
+  for (THtmlParser parser = Parser(text); parser.Next();) tags.push_back(parser.GetTag());
+  return tags;
+}
+
+TEST(HtmlParser, FindsTags) {
+  const struct {
+    const char* text;
+    std::vector<std::string> tags;
+  } rows[] = {
+      {"a<b>c</b>", {"<b>", "</b>"}},
+      {"<a title='x>y'><b \"'>\">", {"<a title='x>y'>", "<b \"'>\">"}},
+      {"<!-- <b> -->x<!--><!-->-->", {"<!-- <b> -->", "<!-->", "<!-->"}},
+      {"<!-- open ><b>", {"<!-- open ><b>"}},
+      {"<?xml a='?>'><?>?><? ?>", {"<?xml a='?>", "<?>", "<? ?>"}},
+      {"<?xml '>'><b>", {"<?xml '>'>", "<b>"}},
+      {"1 < 2 <b>", {"< 2 <b>"}},
+      {"<b 'open>", {"<b 'open>"}},
+      {"<", {"<"}},
+      {"", {}},
+  };
+  for (const auto& row : rows) EXPECT_EQ(Tags(row.text), row.tags) << row.text;
+  EXPECT_FALSE(THtmlParser().Next());
+}
+
+TEST(HtmlParser, KeepsItsPlace) {
+  THtmlParser parser = Parser("a<b>c</b>d");
+  EXPECT_FALSE(parser.GotoClosingTag());
+  EXPECT_TRUE(parser.Next());
+  EXPECT_EQ(parser.GetTagStart() * 100 + parser.GetIndex(), 205);
+  const TAttrListGuardRef tag = parser.Get();
+  EXPECT_TRUE(parser.GotoClosingTag());
+  EXPECT_EQ(parser.GetTagStart() * 100 + parser.GetIndex(), 610);
+  EXPECT_FALSE(parser.Next());
+  EXPECT_EQ(parser.GetTagStart() * 100 + parser.GetIndex(), 1010);
+  parser.GotoTag(nullptr);
+  parser.DeleteTagSpan(nullptr, tag);
+  EXPECT_EQ(parser.GetIndex(), 10);
+  parser.GotoTag(tag);
+  parser.ReplaceTag("<i>");
+  EXPECT_TRUE(parser.Next());
+  EXPECT_EQ(parser.GetTag(), "<i>");
+  EXPECT_FALSE(parser.GotoClosingTag());
+  EXPECT_EQ(parser.GetTagStart() * 100 + parser.GetIndex(), 1010);
+}
+
+TEST(HtmlParser, ReplacesElements) {
+  const struct {
+    const char *text, *expected;
+  } rows[] = {
+      {"a<div><div>x</div></DIV >b", "ab"}, {"a<iframe>b", "ab"},
+      {"a<iframe>b</iframe", "a"},          {"a<p><p></p>b", "a<p></p>b"},
+      {"a<p><!-- </p> -->b</p>c", "ac"},
+  };
+  for (const auto& row : rows) {
+    THtmlParser parser = Parser(row.text);
+    parser.Next();
+    parser.SetTagOuterHTML("");
+    EXPECT_EQ(parser.GetText(), row.expected) << row.text;
+    EXPECT_EQ(parser.GetIndex(), 2);
+  }
+}
+
+TEST(HtmlParser, EditsAsOneStringWouldBeEdited) {
+  static constexpr const char* kPieces[] = {
+      "<b>", "<b x='>'>", "</b>", "</B >", "<i>", "</i>", "<",   ">",     "text", "'",
+      "\"",  "<!--",      "-->",  "<?p ",  "?>",  "<?>",  "</>", "<//b>", "\n",   "<br/>"};
+  std::mt19937 random(1);
+  const auto choose = [&](size_t limit) {
+    return std::uniform_int_distribution<size_t>(0, limit - 1)(random);
+  };
+  for (int round = 0; round < 3000; ++round) {
+    std::string html;
+    // Mostly tags, in the second half of the rounds only such as do not swallow others.
+    for (size_t i = choose(40); i > 0; --i) html += kPieces[choose(round % 2 == 0 ? 20 : 6)];
+    if (round % 50 == 0) html += std::string(20000, ' ') + html;  // more than one chunk
+    PlayHtmlEdits(html, 60, choose);
+  }
+}
+
+TEST(HtmlParser, EditsRealPages) {
+  std::mt19937 random(2);
+  int pages = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(QD_TEST_DATA "/html")) {
+    std::ifstream file(entry.path(), std::ios::binary);
+    const std::string html((std::istreambuf_iterator<char>(file)), {});
+    for (int round = 0; round < 5; ++round, ++pages) {
+      PlayHtmlEdits(html, 200, [&](size_t limit) {
+        return std::uniform_int_distribution<size_t>(0, limit - 1)(random);
+      });
+    }
+  }
+  EXPECT_GE(pages, 50);
+}
+
+std::string Repeat(std::string_view text, size_t count) {
+  std::string result;
+  while (count-- > 0) result += text;
+  return result;
+}
+
+/// What a check does that renames the elements it finds (even rounds) or removes them.
+double SecondsToNeutralise(std::string html, bool rename) {
+  const auto start = std::chrono::steady_clock::now();
+  THtmlParser parser = Parser(std::move(html));
+  while (parser.Next()) {
+    const TAttrListGuardRef tag = parser.Get();
+    if (tag->GetUpperTagName() != "X") continue;
+    tag->GetAttrList().GetValue("src");
+    if (!rename) {
+      parser.SetTagOuterHTML("");
+      continue;
+    }
+    if (parser.GotoClosingTag()) parser.ReplaceTag("</block_x>");
+    parser.GotoTag(tag);
+    tag->SetTagName("block_x");
+    parser.ReplaceTag(tag);
+  }
+  EXPECT_EQ(parser.GetText().find("<x"), std::string::npos);
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+TEST(HtmlParser, TakesLinearTimeOnHostilePages) {
+  const auto nested = [](size_t n) { return Repeat("<x src=1>", n) + Repeat("</x>", n); };
+  const struct {
+    const char* row;
+    std::string (*make)(size_t);
+  } rows[] = {
+      {"unclosed", [](size_t n) { return Repeat("<x>", n); }},
+      {"one closing tag at the end", [](size_t n) { return Repeat("<x>", n) + "</x>"; }},
+      {"nested", nested},
+      {"in pairs", [](size_t n) { return Repeat("<x a='1'>t</x>", n); }},
+      {"steps",
+       [](size_t n) { return Repeat("<x><x></x><x>", n / 3) + Repeat("</x></x>", n / 3); }},
+      {"instructions", [](size_t n) { return Repeat("<x><?p>", n / 2); }},
+      {"marks", [](size_t n) { return Repeat("<x><?p>?", n / 2) + Repeat("</x>>", n / 2); }},
+      {"only closing", [](size_t n) { return Repeat("<x></y>", n / 2); }},
+      {"attributes", [](size_t n) { return "<x " + Repeat("a ", n) + ">"; }},
+      {"open angles", [](size_t n) { return Repeat("<", n * 5) + "><x>"; }},
+      {"comment", [](size_t n) { return "<x><!-- " + Repeat("-> ", n); }},
+  };
+  for (const auto& row : rows) {
+    for (const bool rename : {false, true}) {
+      SCOPED_TRACE(row.row);
+      const std::string small = row.make(1000), large = row.make(16000);
+      const double before =
+          std::min(SecondsToNeutralise(small, rename), SecondsToNeutralise(small, rename));
+      // 16 times the text; a quadratic step would take 256 times as long.
+      EXPECT_LT(SecondsToNeutralise(large, rename), 64 * before + 0.02);
+    }
+  }
+}
+
+TEST(HtmlText, SmallFunctions) {
+  EXPECT_EQ(SubStr("abc", 2, 3), "bc");
+  EXPECT_EQ(SubStr("abc", 3, 9) + SubStr("abc", 3, 2) + SubStr("abc", 4, 4), "c");
+  EXPECT_EQ(SubStr("abc", -1, 1), "a");
+  EXPECT_EQ(LineFeed(2) + LineFeed(-1), "\r\n\r\n");
+  const std::string path = platform::WindowsPath(
+      (std::filesystem::temp_directory_path() / "quarda-html-test.txt").string());
+  WriteFileFromString(path, std::string_view("longer\0text", 11));
+  WriteFileFromString(path, std::string_view("a\0b", 3));
+  EXPECT_EQ(ReadFileToString(path), std::string("a\0b", 3));
+  platform::RemoveFile(path);
+  EXPECT_THROW(ReadFileToString(path), platform::EPlatformError);
+}
+
+}  // namespace
+}  // namespace quarda
