@@ -120,7 +120,7 @@ std::optional<TClosingTag> TTagIndex::FindClosing(size_t from, std::string_view 
 }
 
 size_t TTagIndex::EndOfSearch(uint32_t block, size_t from) noexcept {
-  const auto holdsTag = [this](const TBlock& each) {
+  const auto holdsTag = [](const TBlock& each) {
     return each.name != kNone || each.lastTagEnd > 0;
   };
   while (lastTag_ > 0 && !holdsTag(blocks_[lastTag_])) --lastTag_;
