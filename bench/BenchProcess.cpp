@@ -93,7 +93,8 @@ void MeasureTime(const std::vector<TCommand>& commands) {
 }
 
 void MeasureMemory(const std::vector<TCommand>& commands) {
-  PrintTitle("Whole process: peak memory");
+  // Until it starts its program a child shares this process's memory, which the system counts too.
+  PrintTitle("Whole process: peak memory (nothing shows less than /bin/true does here)");
   PrintRow({"", "MB", "ms", "goal"});
   for (const TCommand& command : commands) {
     const TUse use = Run(command.command);
