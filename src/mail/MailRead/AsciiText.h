@@ -13,6 +13,7 @@ constexpr char LowerAscii(char c) noexcept {
 /// Whether the texts are equal without regard to ASCII letter case.
 inline bool SameAscii(std::string_view a, std::string_view b) noexcept {
   if (a.size() != b.size()) return false;
+  if (a == b) return true;  // the usual case, compared by the word
   for (size_t i = 0; i < a.size(); ++i) {
     if (a[i] != b[i] && LowerAscii(a[i]) != LowerAscii(b[i])) return false;
   }

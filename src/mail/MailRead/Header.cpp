@@ -2,6 +2,7 @@
 // wait until somebody asks, and most fields of most mails are never asked for.
 #include "Header.h"
 
+#include <algorithm>
 #include <cstring>
 #include <tuple>
 #include <utility>
@@ -126,11 +127,17 @@ void THeader::Assign(const THeader& source) {
   ChangeNotify();
 }
 
-void THeader::AddRead(TField field) {
-  if (field.name.empty()) return;  // a line that begins with a colon
-  field.name = RequireName(field.name);
-  if (!field.spansLines) field.raw = TrimmedText(field.raw);
-  fields_.push_back(std::move(field));
+void THeader::AddRead(TField& pending) {
+  if (!pending.name.empty()) {  // else the line began with a colon
+    pending.name = RequireName(pending.name);
+    if (!pending.spansLines) pending.raw = TrimmedText(pending.raw);
+    // Parts have few fields, mails some twenty: one allocation or two.
+    if (fields_.size() == fields_.capacity()) {
+      fields_.reserve(fields_.empty() ? 4 : std::max<size_t>(24, 2 * fields_.size()));
+    }
+    fields_.push_back(std::move(pending));
+  }
+  pending.spansLines = pending.folded = false;
 }
 
 // Returns how much of the text is header.
@@ -147,10 +154,10 @@ size_t THeader::ParseFields(std::string_view text) {
       }
       continue;
     }
-    AddRead(std::exchange(pending, {}));
+    AddRead(pending);
     std::tie(pending.name, pending.raw) = SplitAtColon(line);
   }
-  AddRead(std::move(pending));
+  AddRead(pending);
   return text.size() - rest.size();
 }
 

@@ -136,7 +136,7 @@ class THeader : private TStringListObserver {
   void CheckIndex(size_t index) const;
   TField MakeField(std::string_view name, std::string_view value);
   THeaderItem& ItemOf(TField& field);
-  void AddRead(TField field);
+  void AddRead(TField& pending);
   size_t ParseFields(std::string_view text);
 
   std::vector<TField> fields_;

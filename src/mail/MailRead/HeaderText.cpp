@@ -50,7 +50,7 @@ bool TakeValueLine(std::string_view& rest, std::string_view& line) noexcept {
     const size_t end = FindSemicolon(rest);
     line = rest.substr(0, end);
     rest.remove_prefix(std::min(end + 1, rest.size()));
-    line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+    while (!line.empty() && (line.front() == ' ' || line.front() == '\t')) line.remove_prefix(1);
     if (!line.empty()) return true;
   }
   return false;

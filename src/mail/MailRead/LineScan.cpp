@@ -2,6 +2,7 @@
 // characters LF, "-", "-" are searched in vectors of 32 bytes, whatever the length of the lines.
 #include "LineScan.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -22,9 +23,22 @@ TBytes DashLines(const char* at) noexcept {
   return (Load(at) == '\n') & (Load(at + 1) == '-') & (Load(at + 2) == '-');
 }
 
+using TWords = std::array<uint64_t, 2>;
+
 bool Any(TBytes bytes) noexcept {
-  const auto words = std::bit_cast<std::array<uint64_t, 2>>(bytes);
+  const auto words = std::bit_cast<TWords>(bytes);
   return (words[0] | words[1]) != 0;
+}
+
+// The sum of bytes that are 0 or -1 each, as a positive number. Each lane holds up to 255 steps.
+size_t CountMarks(const char*& at, size_t steps) noexcept {
+  TBytes sums{};
+  for (size_t i = 0; i < steps; ++i, at += kWidth) sums -= Load(at) == '\n';
+  size_t total = 0;
+  for (const unsigned char sum : std::bit_cast<std::array<unsigned char, kWidth>>(sums)) {
+    total += sum;
+  }
+  return total;
 }
 
 size_t FindPlainly(std::string_view text, size_t from) noexcept {
@@ -43,7 +57,18 @@ size_t FindDashLine(std::string_view text) noexcept {
     if (Any(DashLines(at) | DashLines(at + kWidth))) break;  // it is near, and there is one
     i += 2 * kWidth;
   }
+  if (text.size() - i >= kWidth + 2 && !Any(DashLines(text.data() + i))) i += kWidth;
   return FindPlainly(text, i);
+}
+
+size_t CountLineEnds(std::string_view text) noexcept {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  size_t count = 0;
+  while (end - at >= static_cast<ptrdiff_t>(kWidth)) {
+    count += CountMarks(at, std::min<size_t>(static_cast<size_t>(end - at) / kWidth, 255));
+  }
+  return count + static_cast<size_t>(std::count(at, end, '\n'));
 }
 
 }  // namespace quarda

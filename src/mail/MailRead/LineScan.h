@@ -10,6 +10,9 @@ namespace quarda {
 /// The offset of the first "--" that stands right behind an LF; npos when there is none.
 size_t FindDashLine(std::string_view text) noexcept;
 
+/// How many LFs the text holds.
+size_t CountLineEnds(std::string_view text) noexcept;
+
 /// Cuts the first line off the text and returns it without its LF or CR LF. A lone CR is part of
 /// the line.
 inline std::string_view TakeLine(std::string_view& text) noexcept {

@@ -72,7 +72,7 @@ void TMail::InternLoadFromStream(TStream& stream) {
     throw;
   }
   loading_ = false;
-  UpdateMailPartList();
+  lists_.ListRead(*this);
   loadFailed_ = false;
 }
 

@@ -75,7 +75,7 @@ size_t TMailPart::GetFileContent(void* buffer) {
   const mail::TEncodeType encoding = GetEncodeType();
   const auto [first, end] = EncodedLines(encoding);
   const bool joined = encoding == mail::eBase64 || encoding == mail::eUUE;
-  return JoinLines(lines_, first, end, joined ? "" : "\r\n", static_cast<char*>(buffer));
+  return JoinLines(*lines_, first, end, joined ? "" : "\r\n", static_cast<char*>(buffer));
 }
 
 std::string TMailPart::GetFileContent() {
@@ -84,24 +84,24 @@ std::string TMailPart::GetFileContent() {
   return content;
 }
 
-void TMailPart::RequireDecodable() const {
-  if (GetEncodeType() != mail::eUnknown) return;
+mail::TEncodeType TMailPart::RequireDecodable() const {
+  const mail::TEncodeType encoding = GetEncodeType();
+  if (encoding != mail::eUnknown) return encoding;
   throw EMailDecodeError(
       "Cannot decode mail part. [ContentTransferEncoding: " + GetContentTransferEncoding() + "]");
 }
 
 size_t TMailPart::DecodedContent(void* buffer) {
-  RequireDecodable();
-  const mail::TEncodeType encoding = GetEncodeType();
+  const mail::TEncodeType encoding = RequireDecodable();
   const auto [first, end] = EncodedLines(encoding);
   switch (encoding) {
     case mail::eQuotedPrintable:
-      return DecodeQuotedPrintableLines(lines_, first, end, buffer, buffer ? SIZE_MAX : 0);
+      return DecodeQuotedPrintableLines(*lines_, first, end, buffer, buffer ? SIZE_MAX : 0);
     case mail::eBase64:
     case mail::eUUE: {
-      size_t size = CalcDecodeBufSize(TotalSize(lines_, first, end));
+      size_t size = CalcDecodeBufSize(TotalSize(*lines_, first, end));
       if (!buffer) return size;
-      if (!DecodeLines(lines_, first, end, buffer, size, Alphabet(encoding))) {
+      if (!DecodeLines(*lines_, first, end, buffer, size, Alphabet(encoding))) {
         throw EMailDecodeError("Error decoding mail part.");
       }
       return size;
@@ -133,25 +133,26 @@ void TMailPart::SetContent(mail::TEncodeType encoding, const void* data, size_t 
 
 void TMailPart::SetContent(mail::TEncodeType encoding, std::string_view text) {
   if (encoding == mail::eCurrent) encoding = GetEncodeType();
+  TStringList& lines = Lines();
   switch (encoding) {
     case mail::eQuotedPrintable:
-      lines_.SetText(AnsiToQuotedPrintable(text, false));
+      lines.SetText(AnsiToQuotedPrintable(text, false));
       break;
     case mail::eBase64:
     case mail::eUUE: {
       TTextBlock block(CalcEncodeBufSize(text.size()));
       size_t capacity = block.Size();
       BufferEncode(text.data(), text.size(), block.Data(), capacity, Alphabet(encoding));
-      lines_.Clear();
-      lines_.Keep(block);
+      lines.Clear();
+      lines.Keep(block);
       for (std::string_view rest = block.View(); !rest.empty();) {
-        lines_.AddSlice(rest.substr(0, kEncodedLine));
+        lines.AddSlice(rest.substr(0, kEncodedLine));
         rest.remove_prefix(std::min(kEncodedLine, rest.size()));
       }
       break;
     }
     default:
-      lines_.SetText(text);
+      lines.SetText(text);
   }
   UseLines();
   if (encoding != mail::eUnknown) {

@@ -51,7 +51,9 @@ void TMailParser::Run() {
 
 void TMailParser::Open(TMailPart& part) {
   part.header_.LoadFromTextStreamer(streamer_, keepBodies_);
-  open_.push_back({&part, part.GetBoundary()});
+  TOpenPart& open = open_.emplace_back();
+  open.part = &part;
+  part.listing_ = part.Classify(&open.boundary);
 }
 
 void TMailParser::OpenChild() { Open(open_.back().part->Append()); }
@@ -113,11 +115,12 @@ void TMailPart::LoadFromTextStreamer(TTextStreamer& streamer) {
   const bool listed = mail_ && !mail_->loading_;
   if (listed) mail_->lists_.ForgetChildren(*this);
   DestroyAll(std::exchange(parts_, {}));
-  lines_.Clear();
+  if (lines_) lines_->Clear();
   UseLines();
   bodyStart_ = bodyEnd_ = 0;
   TMailParser(*this, streamer).Run();
-  SetModified(false);
+  modified_ = false;  // nothing below was ever marked
+  MarkAbove();
   if (listed) NotifyReordered();
 }
 

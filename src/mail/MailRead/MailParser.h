@@ -20,7 +20,7 @@ class TMailParser {
  private:
   // A part whose end was not found yet. Its children end at its boundary.
   struct TOpenPart {
-    TMailPart* part;
+    TMailPart* part = nullptr;
     std::string boundary;
   };
   enum class TBoundaryLine { kNone, kOwn, kParent };

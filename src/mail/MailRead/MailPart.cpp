@@ -40,8 +40,8 @@ std::optional<std::string_view> ValueOf(std::string_view line, std::string_view 
   return line.substr(name.size() + 1);
 }
 
-bool IsOfType(std::string_view contentType, std::string_view type) noexcept {
-  return SameAscii(contentType.substr(0, contentType.find('/')), type);
+std::string_view TypeOf(std::string_view contentType) noexcept {
+  return contentType.substr(0, contentType.find('/'));
 }
 
 std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
@@ -50,7 +50,9 @@ std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'
 
 TMailPart::TMailPart(TMail* mail, TMailPart* parent) noexcept : mail_(mail), parent_(parent) {}
 
-TMailPart::~TMailPart() { DestroyAll(std::move(parts_)); }
+TMailPart::~TMailPart() {
+  if (!parts_.empty()) DestroyAll(std::move(parts_));
+}
 
 // Takes the tree apart level by level, so that no destructor finds children to destroy.
 void TMailPart::DestroyAll(TParts parts) noexcept {
@@ -164,7 +166,11 @@ void TMailPart::AssignOwn(TMailPart& source) {
   header_.Assign(source.header_);
   source.LoadBody();
   UseLines();
-  lines_.Assign(source.lines_);
+  if (source.lines_) {
+    Lines().Assign(*source.lines_);
+  } else if (lines_) {
+    lines_->Clear();
+  }
   if (source.body_ == TBodyState::kText) UseText(source.textBlock_, source.text_);
   modified_ = true;
 }
@@ -202,6 +208,11 @@ void TMailPart::SetHeader(const THeader& header) {
   NotifyMail();
 }
 
+TStringList& TMailPart::Lines() {
+  if (!lines_) lines_ = std::make_unique<TStringList>();
+  return *lines_;
+}
+
 // The lines hold the body from now on.
 void TMailPart::UseLines() noexcept {
   body_ = TBodyState::kLines;
@@ -214,26 +225,26 @@ void TMailPart::UseText(TTextBlock block, std::string_view text) {
   body_ = TBodyState::kText;
   textBlock_ = std::move(block);
   text_ = text;
-  if (linesShown_) SplitText();
+  if (lines_) SplitText();
 }
 
 void TMailPart::SplitText() {
-  lines_.Reserve(static_cast<size_t>(std::ranges::count(text_, '\n')) + 1);
-  lines_.Keep(textBlock_);
-  for (std::string_view rest = text_; !rest.empty();) lines_.AddSlice(TakeLine(rest));
+  TStringList& lines = Lines();
+  lines.Reserve(CountLineEnds(text_) + 1);
+  lines.Keep(textBlock_);
+  for (std::string_view rest = text_; !rest.empty();) lines.AddSlice(TakeLine(rest));
   UseLines();
 }
 
 TStringList& TMailPart::GetBody() {
-  linesShown_ = true;
   LoadBody();
   if (body_ == TBodyState::kText) SplitText();
-  return lines_;
+  return Lines();
 }
 
 void TMailPart::SetBody(const TStringList& lines) {
-  if (&lines != &lines_) {
-    lines_.Assign(lines);
+  if (&lines != lines_.get()) {
+    Lines().Assign(lines);
     UseLines();
   }
   SetModified(true);
@@ -241,7 +252,7 @@ void TMailPart::SetBody(const TStringList& lines) {
 
 void TMailPart::LoadBody() {
   if (body_ != TBodyState::kDeferred || !mail_) return;
-  lines_.Clear();
+  Lines().Clear();
   if (!platform::FileExists(mail_->GetMailFileName())) return;
   if (bodyEnd_ > bodyStart_) ReadDeferred();
   UseLines();  // only now: a body that could not be read is not an empty one
@@ -255,14 +266,14 @@ void TMailPart::ReadDeferred() {
     TTextBlock block(static_cast<size_t>(size));
     const size_t got = file.Read(block.Data(), block.Size());
     if (got == block.Size()) {
-      lines_.SetText(std::move(block));
+      lines_->SetText(std::move(block));
     } else {
-      lines_.SetText(block.View().substr(0, got));
+      lines_->SetText(block.View().substr(0, got));
     }
     return;
   }
   TTextStreamer streamer(file, TStreamerMode::kRead);
-  while (streamer.GetPosition() < bodyEnd_ && !streamer.IsEof()) lines_.Add(streamer.ReadLn());
+  while (streamer.GetPosition() < bodyEnd_ && !streamer.IsEof()) lines_->Add(streamer.ReadLn());
 }
 
 // Clears the marks of this part and of all below it.
@@ -284,6 +295,10 @@ void TMailPart::SetModified(bool modified) noexcept {
   } else {
     ClearMarks();
   }
+  MarkAbove();
+}
+
+void TMailPart::MarkAbove() noexcept {
   // Above a marked part all are marked: clearing takes the whole tree below.
   for (TMailPart* part = parent_; part && !part->modified_; part = part->parent_) {
     part->modified_ = true;
@@ -348,9 +363,8 @@ void TMailPart::SetContentType(std::string_view value) {
 }
 
 std::string TMailPart::GetContentTypeType() const {
-  std::string type = GetContentType();
-  type.resize(std::min(type.find('/'), type.size()));
-  return type;
+  const std::string type = GetContentType();
+  return std::string(TypeOf(type));
 }
 
 std::string TMailPart::GetContentTypeSubType() const {
@@ -439,7 +453,9 @@ void TMailPart::SetFileName(std::string_view fileName) {
   SetModified(true);
 }
 
-bool TMailPart::GetMultipartSection() const { return IsOfType(GetContentType(), "multipart"); }
+bool TMailPart::GetMultipartSection() const {
+  return SameAscii(TypeOf(GetContentType()), "multipart");
+}
 
 void TMailPart::SetMultipartSection(bool multipart) {
   SetContentType(multipart ? "multipart/mixed" : "text/plain");
@@ -477,14 +493,32 @@ bool TMailPart::IsAttachment() const {
   return text.find(" text/") == std::string::npos;
 }
 
-bool TMailPart::IsText() const { return IsOfType(GetContentType(), "text"); }
+bool TMailPart::IsText() const { return SameAscii(TypeOf(GetContentType()), "text"); }
 
-// What the document lists the part as.
-TMailPart::TListing TMailPart::Classify() const {
-  const std::string type = MainValue();
-  if (IsOfType(type, "multipart")) return TListing::kNone;
-  if (IsAttachment()) return TListing::kAttachment;
-  return type.empty() || IsOfType(type, "text") ? TListing::kText : TListing::kAttachment;
+// What the document lists the part as. Fetches the boundary on the way.
+TMailPart::TListing TMailPart::Classify(std::string* boundary) const {
+  bool hasType = false;
+  bool isMultipart = false;
+  bool isText = true;  // also without a type
+  THeaderValues values(header_, kContentType);
+  while (values.Next()) {
+    const std::string_view line = values.Line();
+    if (line.find('=') == std::string_view::npos) {
+      if (!std::exchange(hasType, true)) {
+        const std::string_view type = TypeOf(line);
+        isMultipart = SameAscii(type, "multipart");
+        isText = line.empty() || SameAscii(type, "text");
+      }
+    } else if (boundary) {
+      if (const auto value = ValueOf(line, "boundary")) {
+        *boundary = RemoveQuotes(*value);
+        boundary = nullptr;
+      }
+    }
+    if (hasType && !boundary) break;
+  }
+  if (isMultipart) return TListing::kNone;
+  return isText && !IsAttachment() ? TListing::kText : TListing::kAttachment;
 }
 
 }  // namespace quarda

@@ -152,33 +152,34 @@ class TMailPart {
   void NotifyReordered();
   TParts CopyChildren(TMailPart& source);
   void AssignOwn(TMailPart& source);
+  TStringList& Lines();
   void UseLines() noexcept;
   void UseText(TTextBlock block, std::string_view text);
   void SplitText();
   void ReadDeferred();
   void ClearMarks() noexcept;
+  void MarkAbove() noexcept;
   void SaveOwn(TTextStreamer& streamer);
   void DropStaleBoundary();
   std::string MainValue() const;
   bool HasDispositionOf(std::string_view value) const;
-  TListing Classify() const;
+  TListing Classify(std::string* boundary = nullptr) const;
   std::string Parameter(std::string_view field, std::string_view name) const;
   void SetParameter(std::string_view name, std::string_view value);
   std::pair<size_t, size_t> EncodedLines(mail::TEncodeType encoding);
-  void RequireDecodable() const;
+  mail::TEncodeType RequireDecodable() const;
 
   bool modified_ = false;
   TBodyState body_ = TBodyState::kLines;
   TListing listing_ = TListing::kNone;
   bool changePending_ = false;  // noted for the part lists
-  bool linesShown_ = false;     // somebody may hold lines_, so it must hold the body
   TMail* const mail_;
   TMailPart* const parent_;
   TPartHeader header_{*this};
-  TStringList lines_;
-  TTextBlock textBlock_;    // kText: holds text_
-  std::string_view text_;   // kText: the body with its line ends
-  uint64_t bodyStart_ = 0;  // kDeferred: where it lies in the mail's file
+  std::unique_ptr<TStringList> lines_;  // made when needed, then kept: somebody may hold it
+  TTextBlock textBlock_;                // kText: holds text_
+  std::string_view text_;               // kText: the body with its line ends
+  uint64_t bodyStart_ = 0;              // kDeferred: where it lies in the mail's file
   uint64_t bodyEnd_ = 0;
   uint64_t order_ = 0;    // position in the document as the part lists know it; 0: not listed
   size_t indexHint_ = 0;  // where the parent had it last

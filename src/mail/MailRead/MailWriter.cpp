@@ -19,7 +19,7 @@ void TMailPart::SaveOwn(TTextStreamer& streamer) {
   header_.SaveToTextStreamer(streamer);
   LoadBody();
   for (std::string_view rest = text_; !rest.empty();) streamer.WriteLn(TakeLine(rest));
-  for (size_t i = 0; i < lines_.Count(); ++i) streamer.WriteLn(lines_[i]);
+  for (size_t i = 0; lines_ && i < lines_->Count(); ++i) streamer.WriteLn((*lines_)[i]);
   if (parts_.empty()) DropStaleBoundary();
 }
 

@@ -91,13 +91,16 @@ void TPartLists::Update(TMailPart& root) {
     return;
   }
   for (TMailPart* const part : std::exchange(changed_, {})) Relist(*part);
-  for (TMailPart* const part : std::exchange(added_, {})) Append(*part);
+  for (TMailPart* const part : std::exchange(added_, {})) {
+    part->listing_ = part->Classify();
+    Number(*part);
+  }
 }
 
-void TPartLists::Append(TMailPart& part) {
+// Appends the part to the list that it belongs to.
+void TPartLists::Number(TMailPart& part) {
   part.order_ = ++lastOrder_;
   part.changePending_ = false;
-  part.listing_ = part.Classify();
   if (auto* const list = ListOf(part.listing_)) list->push_back(&part);
 }
 
@@ -113,7 +116,11 @@ void TPartLists::Relist(TMailPart& part) {
   if (auto* const list = ListOf(listing)) list->insert(placeIn(*list), &part);
 }
 
-void TPartLists::Rebuild(TMailPart& root) {
+void TPartLists::Rebuild(TMailPart& root) { ListAll(root, false); }
+
+void TPartLists::ListRead(TMailPart& root) { ListAll(root, true); }
+
+void TPartLists::ListAll(TMailPart& root, bool classified) {
   Clear();
   rebuild_ = false;
   lastOrder_ = 0;
@@ -121,7 +128,8 @@ void TPartLists::Rebuild(TMailPart& root) {
   while (!pending.empty()) {
     TMailPart& part = *pending.back();
     pending.pop_back();
-    Append(part);
+    if (!classified) part.listing_ = part.Classify();
+    Number(part);
     for (size_t i = part.parts_.size(); i > 0; --i) pending.push_back(part.parts_[i - 1].get());
   }
 }

@@ -31,10 +31,13 @@ class TPartLists {
   void Clear() noexcept;
   void Update(TMailPart& root);
   void Rebuild(TMailPart& root);
+  /// Lists the parts of a tree that was just read: the parser knows already what they are.
+  void ListRead(TMailPart& root);
 
  private:
   void ForgetRange(uint64_t first, uint64_t last);
-  void Append(TMailPart& part);
+  void Number(TMailPart& part);
+  void ListAll(TMailPart& root, bool classified);
   void Relist(TMailPart& part);
   std::vector<TMailPart*>* ListOf(TMailPart::TListing listing) noexcept;
 
