@@ -1,12 +1,13 @@
 #include "EngineFixture.h"
 
-#include <unistd.h>
+#include <random>
 
 namespace quarda::test {
 
 TEngineTest::TEngineTest() {
-  std::string name = (std::filesystem::temp_directory_path() / "quarda-engine-XXXXXX").string();
-  native_ = mkdtemp(name.data());
+  std::random_device random;
+  native_ = std::filesystem::temp_directory_path() /
+            ("quarda-engine-" + std::to_string(random()) + std::to_string(random()));
   folder_ = platform::WindowsPath(native_.string());
   std::filesystem::create_directories(native_ / "base");
 }
