@@ -10,9 +10,10 @@ function(qd_module name)
 endfunction()
 
 # Links the C++ runtime into a program or library (not under a sanitizer, which brings its own).
+# Options behind the target go to the linker as well.
 function(qd_static_runtime target)
   if(NOT QD_SANITIZE)
-    target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+    target_link_options(${target} PRIVATE -static-libstdc++ ${ARGN})
   endif()
 endfunction()
 
