@@ -86,6 +86,7 @@ struct TReplacingFile::TState {
   bool LookAtTarget();
   void FollowLink();
   void CreateTemporary();
+  void OpenTarget();
   bool TakeOverOwnerAndMode();
   void Abandon() noexcept;
   void WriteOut(const void* data, size_t size);
@@ -99,7 +100,7 @@ struct TReplacingFile::TState {
   struct stat old {};
   bool exists = false;
   std::string temporary;  // native; empty when there is none
-  TDescriptor file;       // the temporary
+  TDescriptor file;       // the temporary, or the target when that is written in place
   std::string buffer;     // not yet written; everything when the target is written in place
   bool inPlace = false;
   bool done = false;
@@ -157,6 +158,13 @@ void TReplacingFile::TState::CreateTemporary() {
   }
 }
 
+/// Before anything is written, so that a file this user may not write either is noticed as early
+/// as one that cannot be created.
+void TReplacingFile::TState::OpenTarget() {
+  file.Reset(OpenFile(target, O_WRONLY));
+  if (!file) Raise();
+}
+
 /// False when the system does not let this user make such a file.
 bool TReplacingFile::TState::TakeOverOwnerAndMode() {
   struct stat made;
@@ -194,8 +202,6 @@ void TReplacingFile::TState::FlushFolder() {
 
 /// Takes the room first, so that a full disk is noticed while the old content is still whole.
 void TReplacingFile::TState::WriteInPlace() {
-  file.Reset(OpenFile(target, O_WRONLY));
-  if (!file) Raise();
   if (S_ISREG(old.st_mode) && ReserveRoom(file.Get(), buffer.size()) != 0) {
     const int code = errno;
     if (ResizeFile(file.Get(), static_cast<uint64_t>(old.st_size)) != 0) errno = code;
@@ -215,6 +221,7 @@ TReplacingFile::TReplacingFile(std::string_view path, TDurability durability)
   } else {
     state_->CreateTemporary();
   }
+  if (state_->inPlace) state_->OpenTarget();
 }
 
 TReplacingFile::~TReplacingFile() = default;
