@@ -255,6 +255,8 @@ TEST_F(ScanTest, NestedScansShareTheApplication) {
   EXPECT_NE(statistics.find("Mails=1\r\nVirus=0\r\n"), std::string::npos) << statistics;
 }
 
+static_assert(noexcept(RunCommandLine(AnsiString())), "the host cannot take an error");
+
 TEST_F(ScanTest, NothingIsLeftOfARequest) {
   bool alive = false;
   Plugin("P").execute = [&alive](IQuardaInstance&) {

@@ -134,4 +134,12 @@ int32_t RunCommandLine(const AnsiString& commandLine,
   }
 }
 
+int32_t RunCommandLine(const AnsiString& commandLine) noexcept {
+  try {
+    return RunCommandLine(commandLine, TEngineEnvironment());
+  } catch (...) {
+    return 0;  // the system does not say where the program lies
+  }
+}
+
 }  // namespace quarda

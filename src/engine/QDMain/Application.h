@@ -48,6 +48,8 @@ class TQuardaApp : public TRefCounted<IQuardaApp> {
 /// code (1: virus or blocked, 0 otherwise). An empty command line stands for the arguments of the
 /// process. Never throws; what nothing else handled gives 0.
 int32_t RunCommandLine(const AnsiString& commandLine,
-                       const TEngineEnvironment& environment = {}) noexcept;
+                       const TEngineEnvironment& environment) noexcept;
+/// The same beside the program of this process, with the clock of the system.
+int32_t RunCommandLine(const AnsiString& commandLine) noexcept;
 
 }  // namespace quarda
