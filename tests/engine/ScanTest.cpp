@@ -202,6 +202,23 @@ TEST_F(ScanTest, WritesAChangedMailBackUnlessItIsAVirus) {
   EXPECT_EQ(*platform::FileStamp(mail), saved) << "only the scan of the mail itself writes it";
 }
 
+TEST_F(ScanTest, ARelativeNameIsThatOfTheSameFileEverywhere) {
+  std::string subject;
+  Plugin("Editor").execute = [&subject](IQuardaInstance& scan) {
+    subject = scan.GetMail()->GetSubject().Str();
+    scan.GetMail()->SetSubject("changed");
+    return true;
+  };
+  const std::string mail = Mail("base\\in_1.inp");
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(platform::NativePath(Path("base")));
+  EXPECT_EQ(Scan("in_1.inp"), 0);
+  std::filesystem::current_path(before);
+  EXPECT_TRUE(Read(mail).starts_with("Subject: changed\r\n"));
+  EXPECT_EQ(Scan(Mail("a.txt")), 0);
+  EXPECT_EQ(subject, "changed");
+}
+
 TEST_F(ScanTest, AMailThatDoesNotLoadKeepsItsBytes) {
   const std::string broken = "Subject: x\r\n   \r\r\n \t: y\r\n\r\nText\r\n";
   const std::string mail = Mail("in_1.inp", "A: b\r\n" + broken);

@@ -189,7 +189,8 @@ void TQuardaInstance::RememberMailType() {
   } else {
     pendingMail_ = arguments_->GetFilename().Str();
     const TOvraMailType mailType = fileType == ftInMail ? mtInMail : mtOutMail;
-    file.Write({mailType, pendingMail_});
+    // The scans of the attachment files may run in another current folder.
+    file.Write({mailType, platform::FullPath(pendingMail_)});
     mailType_ = mailType;
   }
 }
@@ -268,7 +269,7 @@ void TQuardaInstance::FinishPlugins(IPluginList& plugins, const TInactive& inact
 }
 
 void TQuardaInstance::WriteBack() {
-  const std::string& path = mail_.GetMailFileName();
+  const std::string path = platform::FullPath(mail_.GetMailFileName());
   if (platform::FolderExists(ExtractFileDir(path))) SaveWithRetries(mail_, path);
   // The server sees by the stamp that the file changed, even when that took less than the two
   // seconds a stamp can tell apart.
