@@ -142,6 +142,26 @@ TEST_F(ScanTest, AnotherPluginOverturnsAResult) {
   EXPECT_FALSE(LogHas("no say"));
 }
 
+TEST_F(ScanTest, PluginsMayChangeTheList) {
+  std::string asked;
+  Plugin("A").execute = [](IQuardaInstance& scan) {
+    if (scan.GetApp()->GetInstanceCount() > 1) return true;
+    scan.GetPlugins()->Delete(0);
+    scan.GetPlugins()->Add(nullptr, 0);  // stands for nobody
+    EXPECT_FALSE(scan.GetPlugins()->FindPlugin("nobody"));
+    EXPECT_EQ(scan.GetApp()->RunInstance("x \"" + scan.GetArguments()->GetFilename().Str() + "\""),
+              0);
+    return true;
+  };
+  Plugin("B");
+  Noting("C").confirm = [&asked](const std::string& name, bool, bool) {
+    asked += name + " ";
+    return true;
+  };
+  EXPECT_EQ(Scan(Mail("in_1.inp")), 0);
+  EXPECT_TRUE(asked.ends_with("A B A ")) << asked;
+}
+
 TEST_F(ScanTest, ErrorsNeverBlockAMail) {
   TFakePlugin& failing = Plugin("Failing");
   failing.execute = [](IQuardaInstance&) -> bool { throw EError("in the check"); };

@@ -71,7 +71,7 @@ TRef<IPlugin> TPluginList::LoadPlugin(const AnsiString& fileName) {
 
 TRef<IPlugin> TPluginList::FindPlugin(const AnsiString& name) {
   for (const TEntry& entry : entries_) {
-    if (platform::SameAnsiText(entry.plugin->GetName(), name)) return entry.plugin;
+    if (entry.plugin && platform::SameAnsiText(entry.plugin->GetName(), name)) return entry.plugin;
   }
   return {};
 }

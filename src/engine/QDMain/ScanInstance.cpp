@@ -30,8 +30,11 @@ constexpr int32_t kLargestResidentMail = 8 * 1024 * 1024;
 constexpr int kSaveRetries = 3;
 constexpr std::chrono::milliseconds kSaveRetryPause{10};
 
-bool IsInactive(const std::vector<bool>& inactive, int32_t index) {
-  return static_cast<size_t>(index) < inactive.size() && inactive[static_cast<size_t>(index)];
+/// The plug-in at the index when it takes part in the scan, else null. An outside plug-in may have
+/// added a null reference to the list: it stands for nobody.
+TRef<IPlugin> ActivePlugin(IPluginList& plugins, const std::vector<bool>& inactive, int32_t index) {
+  const auto at = static_cast<size_t>(index);
+  return at < inactive.size() && inactive[at] ? nullptr : plugins.GetPlugins(index);
 }
 
 /// Saves the mail to its file, trying again for a moment when the file cannot be created because
@@ -219,7 +222,8 @@ TQuardaInstance::TInactive TQuardaInstance::InitPlugins(IPluginList& plugins) {
   const int32_t count = plugins.GetCount();
   TInactive inactive(static_cast<size_t>(count));
   for (int32_t i = 0; i < count; ++i) {
-    inactive[static_cast<size_t>(i)] = !plugins.GetPlugins(i)->Init(this);
+    const TRef<IPlugin> plugin = plugins.GetPlugins(i);
+    inactive[static_cast<size_t>(i)] = !plugin || !plugin->Init(this);
   }
   return inactive;
 }
@@ -228,28 +232,28 @@ bool TQuardaInstance::ExecutePlugins(IPluginList& plugins, const TInactive& inac
   bool result = true;
   const int32_t count = plugins.GetCount();  // with those that were loaded while initialising
   for (int32_t i = 0; i < count; ++i) {
-    if (IsInactive(inactive, i)) continue;
-    const TRef<IPlugin> plugin = plugins.GetPlugins(i);
+    const TRef<IPlugin> plugin = ActivePlugin(plugins, inactive, i);
+    if (!plugin) continue;
     try {
       result = plugin->Execute(this);
     } catch (...) {
       LogException(plugin.Get());
     }
-    result = ConfirmedResult(plugins, inactive, i, result);
+    result = ConfirmedResult(plugins, inactive, {plugin.Get(), i}, result);
     if (!result) break;
   }
   return result;
 }
 
 bool TQuardaInstance::ConfirmedResult(IPluginList& plugins, const TInactive& inactive,
-                                      int32_t executed, bool result) {
+                                      const TExecuted& executed, bool result) {
   try {
-    const TRef<IPlugin> plugin = plugins.GetPlugins(executed);
     const int32_t count = plugins.GetCount();
     for (int32_t j = 0; j < count; ++j) {
-      if (j == executed || IsInactive(inactive, j)) continue;
-      const bool later = j > executed;
-      if (!plugins.GetPlugins(j)->ConfirmResult(this, plugin.Get(), later, result)) return !result;
+      if (j == executed.index) continue;
+      const TRef<IPlugin> asked = ActivePlugin(plugins, inactive, j);
+      const bool later = j > executed.index;
+      if (asked && !asked->ConfirmResult(this, executed.plugin, later, result)) return !result;
     }
   } catch (...) {
     // A plug-in that fails while it is asked has no say.
@@ -261,7 +265,8 @@ void TQuardaInstance::FinishPlugins(IPluginList& plugins, const TInactive& inact
   try {
     const int32_t count = plugins.GetCount();
     for (int32_t i = 0; i < count; ++i) {
-      if (!IsInactive(inactive, i)) plugins.GetPlugins(i)->Done(this, result);
+      const TRef<IPlugin> plugin = ActivePlugin(plugins, inactive, i);
+      if (plugin) plugin->Done(this, result);
     }
   } catch (...) {
     LogException(nullptr);

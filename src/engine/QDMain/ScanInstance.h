@@ -52,13 +52,18 @@ class TQuardaInstance : public TRefCounted<IQuardaInstanceEx, IQuardaInstance> {
  private:
   /// Which plug-ins of the list take no part in this scan, by index.
   using TInactive = std::vector<bool>;
+  /// The plug-in whose result the others are asked about.
+  struct TExecuted {
+    IPlugin* plugin;
+    int32_t index;
+  };
 
   void RememberMailType();
   bool IsExcludedDirection();
   bool IsSoleInstance();
   TInactive InitPlugins(IPluginList& plugins);
   bool ExecutePlugins(IPluginList& plugins, const TInactive& inactive);
-  bool ConfirmedResult(IPluginList& plugins, const TInactive& inactive, int32_t executed,
+  bool ConfirmedResult(IPluginList& plugins, const TInactive& inactive, const TExecuted& executed,
                        bool result);
   void FinishPlugins(IPluginList& plugins, const TInactive& inactive, bool result);
   void WriteBack();
