@@ -9,11 +9,13 @@ function(qd_module name)
   set_property(GLOBAL APPEND PROPERTY QD_MODULES ${name})
 endfunction()
 
-# Links the C++ runtime into a program or library (not under a sanitizer, which brings its own).
+# Links the C++ runtime into a program or library (not under a sanitizer, which brings its own), and
+# nothing that is not used: every library to load and every page to touch costs at each start.
 # Options behind the target go to the linker as well.
 function(qd_static_runtime target)
   if(NOT QD_SANITIZE)
-    target_link_options(${target} PRIVATE -static-libstdc++ ${ARGN})
+    target_link_options(${target} PRIVATE -static-libstdc++ -Wl,--as-needed -Wl,--gc-sections
+                                          ${ARGN})
   endif()
 endfunction()
 

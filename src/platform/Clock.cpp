@@ -1,7 +1,6 @@
 #include "Clock.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace quarda::platform {
 namespace {
@@ -69,9 +68,11 @@ double ToDateTime(const TLocalTime& time) {
 TLocalTime FromDateTime(double days) {
   constexpr double kFirst = -693'593;  // 0001-01-01
   constexpr double kLast = 2'958'465;  // 9999-12-31
-  if (std::isnan(days)) days = 0;
-  const double total = std::round(std::clamp(days, kFirst, kLast) * static_cast<double>(kDayMs));
-  const int64_t milliseconds = static_cast<int64_t>(total) + kDayZero * kDayMs;
+  if (!(days == days)) days = 0;       // not a number
+  // Counted from a day before every other one, so that cutting off rounds to the nearest.
+  const double total = (std::clamp(days, kFirst, kLast) - kFirst) * static_cast<double>(kDayMs);
+  const int64_t milliseconds =
+      static_cast<int64_t>(total + 0.5) + (static_cast<int64_t>(kFirst) + kDayZero) * kDayMs;
   TLocalTime time = DateOf(milliseconds / kDayMs);
   SetTimeOfDay(time, milliseconds % kDayMs);
   return time;

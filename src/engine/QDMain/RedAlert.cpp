@@ -6,45 +6,65 @@
 #include <StringList.h>
 #include <Utils.h>
 
-#include <charconv>
-#include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <string>
 
 namespace quarda {
 namespace {
 
 constexpr double kMillisecondsPerDay = 24.0 * 60 * 60 * 1000;
-constexpr double kMillisecondsPerMinute = 60.0 * 1000;
+constexpr int64_t kMillisecondsPerMinute = 60 * 1000;
 
 /// A date-time value with up to 15 significant digits and the decimal separator of the user.
 std::string DateTimeToText(double value) {
   char buffer[40];
-  const auto end =
-      std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, 15);
-  std::string text(buffer, end.ptr);
-  const size_t point = text.find('.');
+  const int size = std::snprintf(buffer, sizeof buffer, "%.15g", value);
+  std::string text(buffer, static_cast<size_t>(size));
+  const size_t point = text.find_first_not_of("0123456789+-e");
   if (point != std::string::npos) text[point] = platform::DecimalSeparator();
   return text;
 }
 
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// Digits with at most one separator, and a minus before them. Written out here because the
+/// standard library's readers follow the C locale, or bring tables along that cost more than the
+/// scan.
 double TextToDateTime(std::string_view text) {
-  std::string number(Trim(text));
-  const size_t separator = number.find(platform::DecimalSeparator());
-  if (separator != std::string::npos) number[separator] = '.';
-  double value = 0;
-  const char* const end = number.data() + number.size();
-  const auto read = std::from_chars(number.data(), end, value);
-  if (read.ec != std::errc() || read.ptr != end || !std::isfinite(value)) {
+  constexpr int kMostDigits = 18;  // all that count, and as many as fit
+  const std::string_view number = Trim(text);
+  const char separator = platform::DecimalSeparator();
+  int64_t digits = 0;
+  double scale = 1;
+  int count = 0;
+  bool behindPoint = false;
+  bool valid = true;
+  for (size_t i = number.starts_with('-') ? 1 : 0; i < number.size(); ++i) {
+    if (number[i] == separator && !behindPoint) {
+      behindPoint = true;
+      continue;
+    }
+    valid = valid && IsDigit(number[i]) && (behindPoint || count < kMostDigits);
+    if (!valid || count == kMostDigits) continue;
+    digits = digits * 10 + (number[i] - '0');
+    ++count;
+    if (behindPoint) scale *= 10;
+  }
+  if (!valid || count == 0) {
     throw EConvertError("'" + std::string(text) + "' is not a valid floating point value");
   }
-  return value;
+  const double value = static_cast<double>(digits) / scale;
+  return number.starts_with('-') ? -value : value;
 }
 
-double WholeMinutesBetween(double a, double b) {
+int64_t WholeMinutesBetween(double a, double b) {
   // Whole milliseconds first: a date-time value is not exact, and a minute must not be lost to
   // that.
-  const double milliseconds = std::round(std::abs(a - b) * kMillisecondsPerDay);
-  return std::floor(milliseconds / kMillisecondsPerMinute);
+  const double milliseconds = (a > b ? a - b : b - a) * kMillisecondsPerDay + 0.5;
+  constexpr double kLargest = 9e15;  // beyond it, for ever
+  return static_cast<int64_t>(milliseconds < kLargest ? milliseconds : kLargest) /
+         kMillisecondsPerMinute;
 }
 
 /// Adds the time to the record. False when the `count`-th virus mail came within the span.
