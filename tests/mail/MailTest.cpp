@@ -335,6 +335,8 @@ TEST(Mail, ReadsAndWritesItsAccessors) {
   mail->SetSubject("\xE4");
   EXPECT_EQ(mail->GetSubject(), "\xE4");
   EXPECT_EQ(mail->GetHeader().GetHeaderStr("Subject"), "=?iso-8859-1?Q?=E4?=");
+  mail->SetSubject("a\r\n\r\nb=");
+  EXPECT_EQ(Loaded(Saved(*mail))->GetSubject(), "a\r\n\r\nb=") << "its line breaks end no field";
   EXPECT_EQ(mail->GetCc(), "p\r\n\t\"q, r\" <q@x>\r\n\ts@x");
   EXPECT_EQ(Loaded(Saved(*mail))->GetCc(), "p\t\"q, r\" <q@x>\ts@x") << "one folded field";
 }

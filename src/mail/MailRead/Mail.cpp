@@ -39,6 +39,23 @@ TReplacingFileStream CreateFile(std::string_view fileName) {
   }
 }
 
+/// An encoded word with its line breaks escaped. It keeps them otherwise, and what stands behind
+/// one would be written as fields and body of its own, which no check has seen.
+std::string OnOneLine(std::string_view word) {
+  std::string line;
+  line.reserve(word.size());
+  for (const char c : word) {
+    if (c == '\r') {
+      line += "=0D";
+    } else if (c == '\n') {
+      line += "=0A";
+    } else {
+      line += c;
+    }
+  }
+  return line;
+}
+
 }  // namespace
 
 void TMail::LoadFromFile(std::string_view fileName) {
@@ -125,7 +142,7 @@ void TMail::DeleteAttachment(TMailPart& part) {
 std::string TMail::GetSubject() const { return DecodeHeader(GetHeader().GetHeaderStr("Subject")); }
 
 void TMail::SetSubject(std::string_view value) {
-  GetHeader().SetHeaderStr("Subject", EncodeHeader(value));
+  GetHeader().SetHeaderStr("Subject", OnOneLine(EncodeHeader(value)));
 }
 
 std::string TMail::GetFrom() const { return DecodeHeader(GetHeader().GetHeaderStr("From")); }
