@@ -72,7 +72,8 @@ TEST(InternalPlugins, StandInTheirOrder) {
     names += plugin->GetName().Str() + " ";
     EXPECT_EQ(plugin->GetVersionMajor() * 10 + plugin->GetVersionMinor(), 10) << names;
   }
-  EXPECT_EQ(names, "Subject Attachments LoadPlugins ");
+  EXPECT_EQ(names,
+            "RemoveDblAttachments Subject Attachments LoadPlugins ");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "PluginAttachments.h"
 #include "PluginLoadPlugins.h"
+#include "PluginRemoveDblAttachments.h"
 #include "PluginSubject.h"
 
 namespace quarda {
@@ -13,6 +14,7 @@ TRef<IPlugin> Make() {
 }
 
 constexpr TRef<IPlugin> (*kInternalPlugins[])() = {
+    Make<TPluginRemoveDblAttachments>,
     Make<TPluginSubject>,
     Make<TPluginAttachments>,
     Make<TPluginLoadPlugins>,
