@@ -16,6 +16,8 @@ cp "$3/examples/settings/Quarda.ini" "$work/base/"
 rows='
 allowed-attachments       |0|-                                                              |same
 alternative               |0|-                                                              |same
+attached-mail             |0|-                                                              |same
+attached-mail-forbidden   |1|Invalid attachment file extension: ".exe" <=> "tool.exe"       |same
 double-extension          |1|Invalid attachment file extension: ".exe" <=> "photo.jpg.exe"  |same
 encoded-attachment-name   |1|Invalid attachment file extension: ".scr" <=> "Rechnung        |same
 encoded-headers           |0|-                                                              |same
@@ -28,6 +30,7 @@ suspicious-subject        |0|Suspicious subject found and noted in subject      
 unknown-double-extension  |1|Invalid attachment double file extension: "*.*.bmp" <=> "invoice.pdf.chm"|same
 uuencoded                 |0|-                                                              |same
 virus-subject             |1|Virus subject found "*you have won*" and marked as virus       |same
+winmail-container         |0|-                                                              |same
 '
 
 faults=0

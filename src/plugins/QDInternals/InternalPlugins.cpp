@@ -1,6 +1,7 @@
 #include "InternalPlugins.h"
 
 #include "PluginAttachments.h"
+#include "PluginExtractEml.h"
 #include "PluginLoadPlugins.h"
 #include "PluginRemoveDblAttachments.h"
 #include "PluginSubject.h"
@@ -18,6 +19,7 @@ constexpr TRef<IPlugin> (*kInternalPlugins[])() = {
     Make<TPluginSubject>,
     Make<TPluginAttachments>,
     Make<TPluginLoadPlugins>,
+    Make<TPluginExtractEml>,
 };
 
 }  // namespace

@@ -1,0 +1,43 @@
+// The plug-in "ExtractEml": scans the mails and containers that are attached to a mail.
+#pragma once
+
+#include <QDPlugin.h>
+
+#include <string>
+
+namespace quarda {
+
+class TMemoryStream;
+class TNestedMail;
+
+/// Every embedded mail, and every file in it or in a container, gets a scan of its own in this
+/// process. What such a scan changes in an embedded mail goes back into the attachment.
+///
+/// Nested scans go at most 100 deep. What lies deeper is not opened: the mail is refused, and every
+/// scan around it names that as its reason.
+class TPluginExtractEml final : public TPlugin {
+ public:
+  TPluginExtractEml() : TPlugin("ExtractEml", 1, 0) {}
+
+ protected:
+  bool DoExecute(IQuardaInstance& instance) override;
+
+ private:
+  // True: passed.
+  bool CheckAttachment(IQuardaInstance& instance, IMailAttachment& attachment);
+  bool CheckMail(IQuardaInstance& instance, IMailAttachment& attachment, const AnsiString& name);
+  bool CheckContainer(IQuardaInstance& instance, IMailAttachment& attachment,
+                      const AnsiString& name);
+
+  // True: a virus was found.
+  bool ScanMail(IQuardaInstance& instance, IMailAttachment& attachment, TMemoryStream content);
+  bool ScanMailFile(IQuardaInstance& instance, TNestedMail& mail);
+  bool ScanAttachmentsOf(IQuardaInstance& instance, const std::string& mailFile);
+  bool ScanContainer(IQuardaInstance& instance, TMemoryStream content);
+  bool ScanFile(IQuardaInstance& instance, const std::string& path);
+
+  void TakeOverChange(IQuardaInstance& instance, TNestedMail& mail);
+  void RefuseDepth(IQuardaInstance& instance, const std::string& path);
+};
+
+}  // namespace quarda
