@@ -2,6 +2,7 @@
 
 #include "PluginAttachments.h"
 #include "PluginExtractEml.h"
+#include "PluginInformOnVirus.h"
 #include "PluginLoadPlugins.h"
 #include "PluginRemoveDblAttachments.h"
 #include "PluginSubject.h"
@@ -20,6 +21,7 @@ constexpr TRef<IPlugin> (*kInternalPlugins[])() = {
     Make<TPluginAttachments>,
     Make<TPluginLoadPlugins>,
     Make<TPluginExtractEml>,
+    Make<TPluginInformOnVirus>,
 };
 
 }  // namespace
