@@ -73,7 +73,8 @@ TEST(InternalPlugins, StandInTheirOrder) {
     EXPECT_EQ(plugin->GetVersionMajor() * 10 + plugin->GetVersionMinor(), 10) << names;
   }
   EXPECT_EQ(names,
-            "RemoveDblAttachments Subject Attachments LoadPlugins ExtractEml InformOnVirus ");
+            "RemoveDblAttachments text/html Subject Attachments LoadPlugins ExtractEml "
+            "InformOnVirus ");
 }
 
 }  // namespace

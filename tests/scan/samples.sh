@@ -23,6 +23,11 @@ encoded-attachment-name   |1|Invalid attachment file extension: ".scr" <=> "Rech
 encoded-headers           |0|-                                                              |same
 encoded-virus-subject     |1|Virus subject found "*you have won*" and marked as virus       |same
 forbidden-attachment      |1|Invalid attachment file extension: ".EXE" <=> "Setup.EXE"      |same
+html-attachment           |0|Script removed.                                                |<p>Welcome to the club.</p>
+html-iframe               |0|iframe found and changed to a comment.                         |<block_iframe src="http://example.com/weather" width=200></block_iframe>
+html-iframe-virus         |1|iframe found and marked as virus.                              |same
+html-object               |0|ActiveX element deactivated.                                   |<block_object classid="" width=320>
+html-script               |0|Script removed.                                                |<p>The caf=E9 opens on 1 April.</p>
 listed-attachment         |1|Invalid filename: "update????.zip" => An invented worm         |same
 nested-multiparts         |0|-                                                              |same
 plain                     |0|-                                                              |same

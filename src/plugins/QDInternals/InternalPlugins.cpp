@@ -6,6 +6,7 @@
 #include "PluginLoadPlugins.h"
 #include "PluginRemoveDblAttachments.h"
 #include "PluginSubject.h"
+#include "PluginTextHtml.h"
 
 namespace quarda {
 namespace {
@@ -17,6 +18,7 @@ TRef<IPlugin> Make() {
 
 constexpr TRef<IPlugin> (*kInternalPlugins[])() = {
     Make<TPluginRemoveDblAttachments>,
+    Make<TPluginTextHtml>,
     Make<TPluginSubject>,
     Make<TPluginAttachments>,
     Make<TPluginLoadPlugins>,

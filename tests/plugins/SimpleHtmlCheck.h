@@ -1,0 +1,130 @@
+// The HTML checks told once more, slowly: one plain string for each page, and every rule a loop
+// over it. What the real ones do is compared with this.
+#pragma once
+
+#include <CodePage.h>
+#include <HtmlNeutraliser.h>
+#include <HtmlReference.h>
+#include <MiniHtmlParser.h>
+#include <Utils.h>
+
+#include <string>
+
+namespace quarda {
+
+/// A page after a check: its text, the log ("priority message" a line), the verdict.
+struct TCheckedPage {
+  std::string text;
+  std::string log;
+  bool isVirus = false;
+
+  friend bool operator==(const TCheckedPage&, const TCheckedPage&) = default;
+};
+
+inline THtmlLog LogInto(std::string& log) {
+  return [&log](int32_t priority, std::string_view message) {
+    log += Concat({PriNames[priority], " ", message, "\n"});
+  };
+}
+
+inline TCheckedPage RealNeutralise(const std::string& html, const THtmlRules& rules) {
+  TCheckedPage page;
+  page.text = NeutraliseHtml(html, rules, LogInto(page.log)).value_or(html);
+  return page;
+}
+
+inline TCheckedPage RealIFrames(const std::string& html, TIFrameBlockMode mode) {
+  TCheckedPage page;
+  const TIFrameResult result = BlockIFrames(html, mode, LogInto(page.log));
+  page.text = result.html.value_or(html);
+  page.isVirus = result.isVirus;
+  return page;
+}
+
+struct TSimpleWalk {
+  TReferenceParser parser;
+  TAttrListGuardRef tag;
+
+  explicit TSimpleWalk(const std::string& html) : parser{html} { parser.SetIndex(1); }
+
+  bool Next() {
+    if (!parser.Next()) return false;
+    tag = ParseTag(parser.GetTag(), parser.tagStart, parser.index - 1);
+    return true;
+  }
+  void GoBack() {
+    parser.tagStart = tag->GetStart();
+    parser.index = tag->GetEnd() + 1;
+  }
+  void Rename(const std::string& name) {
+    if (parser.GotoClosingTag()) parser.ReplaceTag("</" + name + ">");
+    GoBack();
+    tag->SetTagName(name);
+    parser.ReplaceTag(tag->GetAsString());
+  }
+};
+
+inline bool SimpleRemovesScript(TSimpleWalk& walk, const THtmlRules& rules) {
+  if (rules.alwaysRemoveScripts || !walk.parser.GotoClosingTag()) return true;
+  std::string script;
+  for (int i = walk.tag->GetEnd(); i < walk.parser.tagStart - 1; ++i) {
+    script += platform::LowerAnsi(walk.parser.text[static_cast<size_t>(i)]);
+  }
+  bool remove = true;
+  for (const char* written : {"<object", "<iframe", "<script"}) {
+    if (script.find(written) != std::string::npos) remove = false;
+  }
+  for (const std::string& blocked : rules.blockedScripts) {
+    if (script.find(blocked) != std::string::npos) remove = true;
+  }
+  return remove;
+}
+
+inline TCheckedPage SimpleNeutralise(const std::string& html, const THtmlRules& rules) {
+  TCheckedPage page;
+  TSimpleWalk walk(html);
+  while (walk.Next()) {
+    const std::string name = platform::UpperAnsi(walk.tag->GetTagName());
+    TAttrList& attributes = walk.tag->GetAttrList();
+    if (rules.disableActiveX && name == "OBJECT" && attributes.GetValue("classid") != "") {
+      attributes.SetValue("classid", "\"\"");
+      walk.Rename("block_object");
+      page.log += "Warning ActiveX element deactivated.\n";
+    }
+    if (rules.disableScripts && name == "SCRIPT" && SimpleRemovesScript(walk, rules)) {
+      walk.GoBack();
+      walk.parser.SetTagOuterHTML("");
+      page.log += "Warning Script removed.\n";
+    }
+  }
+  page.text = walk.parser.text;
+  return page;
+}
+
+inline TCheckedPage SimpleIFrames(const std::string& html, TIFrameBlockMode mode) {
+  TCheckedPage page;
+  TSimpleWalk walk(html);
+  while (walk.Next()) {
+    if (platform::UpperAnsi(walk.tag->GetTagName()) != "IFRAME") continue;
+    std::string source = DelQuotes(walk.tag->GetAttrList().GetValue("SRC"));
+    const bool isHttp = platform::LowerAnsi(source.substr(0, 7)) == "http://";
+    if (mode == ibmAllowHttp && isHttp) {
+      page.log += "Extended Http-iframe found and ignored.\n";
+    } else if (mode == ibmCommentAll || (mode == ibmCommentHttp && isHttp)) {
+      walk.Rename("block_iframe");
+      page.log += "Warning iframe found and changed to a comment.\n";
+    } else if (mode == ibmRemove) {
+      page.log += "Warning iframe found and removed.\n";
+      walk.parser.SetTagOuterHTML("");
+    } else {
+      page.log += "Warning iframe found and marked as virus.\n";
+      page.isVirus = true;
+      page.text = html;
+      return page;
+    }
+  }
+  page.text = walk.parser.text;
+  return page;
+}
+
+}  // namespace quarda
