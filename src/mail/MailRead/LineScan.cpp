@@ -23,6 +23,7 @@ TBytes DashLines(const char* at) noexcept {
   return (Load(at) == '\n') & (Load(at + 1) == '-') & (Load(at + 2) == '-');
 }
 
+using TCounts = unsigned char __attribute__((vector_size(kWidth)));
 using TWords = std::array<uint64_t, 2>;
 
 bool Any(TBytes bytes) noexcept {
@@ -30,10 +31,12 @@ bool Any(TBytes bytes) noexcept {
   return (words[0] | words[1]) != 0;
 }
 
-// The sum of bytes that are 0 or -1 each, as a positive number. Each lane holds up to 255 steps.
-size_t CountMarks(const char*& at, size_t steps) noexcept {
-  TBytes sums{};
-  for (size_t i = 0; i < steps; ++i, at += kWidth) sums -= Load(at) == '\n';
+// The line ends in that many vectors, at most 255: each lane counts its own in a byte.
+size_t CountInSteps(const char*& at, size_t steps) noexcept {
+  TCounts sums{};
+  for (size_t i = 0; i < steps; ++i, at += kWidth) {
+    sums -= std::bit_cast<TCounts>(Load(at) == '\n');
+  }
   size_t total = 0;
   for (const unsigned char sum : std::bit_cast<std::array<unsigned char, kWidth>>(sums)) {
     total += sum;
@@ -66,7 +69,7 @@ size_t CountLineEnds(std::string_view text) noexcept {
   const char* const end = at + text.size();
   size_t count = 0;
   while (end - at >= static_cast<ptrdiff_t>(kWidth)) {
-    count += CountMarks(at, std::min<size_t>(static_cast<size_t>(end - at) / kWidth, 255));
+    count += CountInSteps(at, std::min<size_t>(static_cast<size_t>(end - at) / kWidth, 255));
   }
   return count + static_cast<size_t>(std::count(at, end, '\n'));
 }
