@@ -68,6 +68,16 @@ std::vector<TMailPart*> Listed(const TMail& mail) {
   return parts;
 }
 
+// Control characters at the ends of values are trimmed one value with each reading, and each of
+// several boundaries of a part without children closes that part once.
+bool ComesToRest(TMail& saved, std::string_view text) {
+  for (const TMailPart* part : AllParts(saved)) {
+    if (part->GetCount() == 0 && !part->GetBoundary().empty()) return false;
+  }
+  return std::ranges::none_of(
+      text, [](char c) { return static_cast<unsigned char>(c) < ' ' && c != '\n'; });
+}
+
 void EditOne(TMail& mail, uint8_t what, uint8_t which) {
   const std::vector<TMailPart*> parts = AllParts(mail);
   TMailPart& part = *parts[which % parts.size()];
@@ -123,9 +133,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string once = Saved(mail);
     fuzz::Require(once == Saved(fromBlocks), "memory and blocks");
     fuzz::Require(AllParts(copy).size() == AllParts(mail).size(), "a copy has all parts");
-    const bool plain = std::ranges::none_of(
-        text, [](char c) { return static_cast<unsigned char>(c) < ' ' && c != '\n'; });
-    if (plain) {
+    if (ComesToRest(mail, text)) {
       const std::string twice = Rewritten(once);
       fuzz::Require(Rewritten(twice) == twice, "a fixed point");
     }

@@ -14,7 +14,7 @@ namespace {
 
 constexpr auto kSpecial = [] {
   std::array<bool, 256> special{};
-  for (const unsigned char c : {';', '"', '<', '='}) special[c] = true;
+  for (const char c : {';', '"', '<', '='}) special[static_cast<unsigned char>(c)] = true;
   return special;
 }();
 
