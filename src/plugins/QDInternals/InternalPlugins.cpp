@@ -17,12 +17,8 @@ TRef<IPlugin> Make() {
 }
 
 constexpr TRef<IPlugin> (*kInternalPlugins[])() = {
-    Make<TPluginRemoveDblAttachments>,
-    Make<TPluginTextHtml>,
-    Make<TPluginSubject>,
-    Make<TPluginAttachments>,
-    Make<TPluginLoadPlugins>,
-    Make<TPluginExtractEml>,
+    Make<TPluginRemoveDblAttachments>, Make<TPluginTextHtml>,    Make<TPluginSubject>,
+    Make<TPluginAttachments>,          Make<TPluginLoadPlugins>, Make<TPluginExtractEml>,
     Make<TPluginInformOnVirus>,
 };
 
