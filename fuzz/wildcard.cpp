@@ -33,7 +33,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (at == std::string_view::npos) return 0;
   const std::string text(input.substr(0, at)), mask(input.substr(at + 1));
   fuzz::Require(MatchStr(text, mask) == Matches(text, mask), "match as the rules say");
-  if (MatchStr(text, mask)) fuzz::Require(MatchText(text, mask), "case may not hinder a match");
   fuzz::Require(MatchTextInvert(InvertString(text), InvertString(mask)) == MatchText(text, mask),
                 "inverting twice is no change");
   return 0;
