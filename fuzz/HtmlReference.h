@@ -102,17 +102,20 @@ struct TReferenceParser {
 template <class TChoose>
 void PlayHtmlEdits(std::string html, int steps, TChoose&& choose) {
   static constexpr const char* kTexts[] = {
-      "",   "x",    "<b>",        "</b>",   "<i a='1' b>", "</i >",      "<b", "-->",
-      "?>", "\">'", "<!-- c -->", "<?p ?>", "<?p>",        "<b><i></b>", "?",  ">"};
+      "",   "x",   "<b>", "</b>", "<i a='1' b>", "<b><i></b>", "</i >", "<!-- c -->",  // whole tags
+      "<b", "-->", "?>",  "\">'", "<?p ?>",      "<?p>",       "?",     ">"};
   THtmlParser parser;
   TReferenceParser truth{html};
   parser.SetText(std::move(html));
   truth.SetIndex(1);
   TAttrListGuardRef kept;
+  const bool wholeTags = choose(2) == 0;  // no edit cuts through a tag
   while (steps-- > 0) {
-    const size_t choice = choose(16);
-    const std::string text = kTexts[choose(std::size(kTexts))];
-    const int position = static_cast<int>(choose(truth.text.size() + 3));
+    const size_t choice = choose(20);
+    const std::string text = kTexts[choose(wholeTags ? 8 : std::size(kTexts))];
+    size_t place = choose(truth.text.size() + 3);
+    if (wholeTags) place = std::min(truth.text.find('<', place), truth.text.size()) + 1;
+    const int position = static_cast<int>(place);
     if (choice < 5) {
       fuzz::Require(parser.Next() == truth.Next(), "Next");
     } else if (choice < 8) {
@@ -132,9 +135,10 @@ void PlayHtmlEdits(std::string html, int steps, TChoose&& choose) {
     } else if (choice == 12) {
       parser.DeleteFrom(position);
       truth.DeleteFrom(position);
-    } else if (choice == 13) {
+    } else if (choice == 13 || choice > 15) {
       parser.SetIndex(position);
       truth.SetIndex(position);
+      fuzz::Require(parser.Next() == truth.Next(), "Next from anywhere");
     } else if (choice == 14) {
       kept = parser.Get();
     } else if (kept) {  // its positions may be stale by now

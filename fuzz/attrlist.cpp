@@ -10,7 +10,7 @@
 namespace {
 
 std::string Written(std::string_view text, quarda::TAttrList& list) {
-  list.SetAsString(text);
+  list.SetAsString(std::string(text));
   quarda::fuzz::Require(list.GetAsString() == text, "an unread text stays");
   list.GetCount();
   return list.GetAsString();
@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace quarda;
   const std::string_view text = fuzz::AsText(data, size);
   TAttrList list;
-  const std::string proper = (list.SetAsString(text), list.GetAsProperString());
+  const std::string proper = (list.SetAsString(std::string(text)), list.GetAsProperString());
   fuzz::Require(proper.find_first_of("\r\n") == proper.npos, "one line");
   fuzz::Require(proper.size() <= text.size(), "nothing added");
   const std::string once = Written(text, list);

@@ -123,10 +123,9 @@ void TAttrList::ParseOne(std::string_view text, std::string& name, std::string& 
   value = std::move(newValue);
 }
 
-void TAttrList::SetAsString(std::string_view text) {
-  std::string kept(text);
+void TAttrList::SetAsString(std::string text) {
   Clear();
-  pending_ = std::move(kept);
+  pending_ = std::move(text);
 }
 
 std::string TAttrList::GetAsString() const {
@@ -307,7 +306,7 @@ std::string TAttrListGuard::GetAsString() {
 void TAttrListGuard::SetAsString(std::string_view tagText) {
   std::string attrText;
   TagStringToComponents(tagText, name_, attrText);
-  attributes_.SetAsString(attrText);
+  attributes_.SetAsString(std::move(attrText));
 }
 
 void TAttrListGuard::SetTagName(std::string_view name) {

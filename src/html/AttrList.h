@@ -36,7 +36,7 @@ class TAttrList {
   static void ParseOne(std::string_view text, std::string& name, std::string& value);
 
   /// Takes the text of all attributes; it is kept as it is until an attribute is asked for.
-  void SetAsString(std::string_view text);
+  void SetAsString(std::string text);
   /// The text as given, or written anew once it was read; line feeds then come as CR LF.
   std::string GetAsString() const;
   /// The attributes on one line.

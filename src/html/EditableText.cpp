@@ -29,18 +29,13 @@ void TEditableText::CountChunks() {
   hintStart_ = 0;
 }
 
-TEditableText::TPlace TEditableText::Locate(size_t at) const noexcept {
-  if (at < hintStart_ || at - hintStart_ >= chunks_[hintChunk_].size()) {
-    hintChunk_ = std::min(starts_.Find(at), chunks_.size() - 1);
-    hintStart_ = starts_.Sum(hintChunk_);
-  }
-  return {hintChunk_, at - hintStart_};
-}
-
-std::string_view TEditableText::ViewFrom(size_t at) const noexcept {
-  if (at >= size_) return {};
-  const TPlace place = Locate(at);
-  return std::string_view(chunks_[place.chunk]).substr(place.offset);
+void TEditableText::MoveHint(size_t at) const noexcept {
+  const TSumPlace found = starts_.Find(at);
+  hintChunk_ = found.entry;
+  hintStart_ = at - found.offset;
+  if (hintChunk_ < chunks_.size()) return;
+  --hintChunk_;  // the end of the text lies in the last chunk
+  hintStart_ -= chunks_[hintChunk_].size();
 }
 
 std::string TEditableText::Slice(size_t from, size_t to) const {

@@ -18,7 +18,11 @@ class TEditableText {
 
   size_t Size() const noexcept { return size_; }
   /// A stretch of the text that starts there, empty only at the end. Valid until the next edit.
-  std::string_view ViewFrom(size_t at) const noexcept;
+  std::string_view ViewFrom(size_t at) const noexcept {
+    if (at >= size_) return {};
+    const TPlace place = Locate(at);
+    return std::string_view(chunks_[place.chunk]).substr(place.offset);
+  }
   std::string Slice(size_t from, size_t to) const;
 
   /// Puts `text` in the place of the characters from `from` up to `to`.
@@ -30,7 +34,11 @@ class TEditableText {
     size_t offset;
   };
 
-  TPlace Locate(size_t at) const noexcept;
+  TPlace Locate(size_t at) const noexcept {
+    if (at - hintStart_ >= chunks_[hintChunk_].size()) MoveHint(at);  // also when it lies before
+    return {hintChunk_, at - hintStart_};
+  }
+  void MoveHint(size_t at) const noexcept;
   /// The place of an edit, in a chunk that is small enough for it.
   TPlace LocateForEdit(size_t at);
   void Split(size_t chunk);

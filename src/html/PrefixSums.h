@@ -7,6 +7,12 @@
 
 namespace quarda {
 
+/// An entry, and how far behind its begin a place lies.
+struct TSumPlace {
+  size_t entry;
+  size_t offset;
+};
+
 class TPrefixSums {
  public:
   void Assign(const std::vector<size_t>& sizes) {
@@ -30,8 +36,8 @@ class TPrefixSums {
     return sum;
   }
 
-  /// The entry that the place lies in (never one of size 0), or the number of entries.
-  size_t Find(size_t place) const noexcept {
+  /// Where the place lies: in an entry (never one of size 0) or behind the last one.
+  TSumPlace Find(size_t place) const noexcept {
     size_t at = 0;
     for (size_t step = std::bit_floor(tree_.size()); step > 0; step /= 2) {
       if (at + step < tree_.size() && tree_[at + step] <= place) {
@@ -39,7 +45,7 @@ class TPrefixSums {
         place -= tree_[at];
       }
     }
-    return at;
+    return {at, place};
   }
 
  private:

@@ -13,6 +13,12 @@
 #include "AttrList.h"
 
 namespace quarda {
+namespace {
+
+/// How many blocks behind the last one are tried before the tree is asked.
+constexpr int kStepsToHint = 8;
+
+}  // namespace
 
 void TTagIndex::Build(const TEditableText& text, size_t from, size_t& noMark) {
   *this = TTagIndex();
@@ -57,22 +63,38 @@ uint32_t TTagIndex::NumberOf(std::string_view name) {
   return found->second;
 }
 
-TTagIndex::TPlace TTagIndex::Find(size_t at) const noexcept {
+TTagIndex::TPlace TTagIndex::Find(size_t at) noexcept {
   const size_t place = at - start_;
-  const auto block = static_cast<uint32_t>(std::min(sums_.Find(place), blocks_.size() - 1));
-  return {block, place - sums_.Sum(block)};
+  for (int step = 0; step < kStepsToHint && place >= hintSum_; ++step) {
+    const TBlock& block = blocks_[hintBlock_];
+    if (place - hintSum_ < block.gap + block.size) return {hintBlock_, place - hintSum_};
+    if (hintBlock_ == LastBlock()) break;
+    hintSum_ += block.gap + block.size;
+    ++hintBlock_;
+  }
+  const TSumPlace found = sums_.Find(place);
+  hintBlock_ = static_cast<uint32_t>(found.entry);
+  hintSum_ = place - found.offset;
+  if (hintBlock_ > LastBlock()) {  // the end of the text
+    --hintBlock_;
+    hintSum_ -= blocks_[hintBlock_].gap;
+  }
+  return {hintBlock_, place - hintSum_};
 }
 
 std::vector<TTagIndex::TOccurrence> TTagIndex::Merge(std::string_view name) const {
   std::vector<TOccurrence> merged;
+  size_t openings = 0;
   for (const bool closes : {false, true}) {
+    openings = merged.size();
     const auto found = numbers_.find(closes ? Concat({"/", name}) : std::string(name));
     if (found == numbers_.end()) continue;
     for (const uint32_t block : names_[found->second].blocks) {
       if (blocks_[block].name == found->second) merged.push_back({block, closes});
     }
   }
-  std::ranges::sort(merged, {}, &TOccurrence::block);
+  std::ranges::inplace_merge(merged, merged.begin() + static_cast<ptrdiff_t>(openings), {},
+                             &TOccurrence::block);
   return merged;
 }
 
@@ -145,7 +167,9 @@ TTagIndex::TInserted TTagIndex::Scan(std::string_view text) {
 
 void TTagIndex::Resize(uint32_t block, size_t gap, size_t size) noexcept {
   TBlock& resized = blocks_[block];
-  sums_.Add(block, gap + size - resized.gap - resized.size);
+  const size_t difference = gap + size - resized.gap - resized.size;
+  if (difference != 0) sums_.Add(block, difference);
+  if (block < hintBlock_) hintSum_ += difference;
   resized.gap = gap;
   resized.size = size;
 }

@@ -79,7 +79,7 @@ class TTagIndex {
   }
   uint32_t LastBlock() const noexcept { return static_cast<uint32_t>(blocks_.size() - 1); }
   /// The block of a place at or behind the start, and how far behind the block's begin it lies.
-  TPlace Find(size_t at) const noexcept;
+  TPlace Find(size_t at) noexcept;
   bool IsInsideTag(const TPlace& place) const noexcept {
     return place.offset > blocks_[place.block].gap;
   }
@@ -108,6 +108,9 @@ class TTagIndex {
   uint32_t lastLoose_ = kNone;  // the last tag that a "?>" behind it would change
   std::vector<TBlock> blocks_;  // the last one stands for the text behind the last tag
   TPrefixSums sums_;
+  // The block of the last look-up and the size of all before it: most look-ups go on from there.
+  uint32_t hintBlock_ = 0;
+  size_t hintSum_ = 0;
   std::map<std::string, uint32_t, std::less<>> numbers_;
   std::vector<TName> names_;
   std::vector<std::string_view> texts_;  // of the names, in the map

@@ -1,6 +1,7 @@
 // Finding the next tag in a text that is given in stretches.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <string_view>
@@ -18,6 +19,13 @@ struct TTagSpan {
 
   explicit operator bool() const noexcept { return start != kNowhere; }
 };
+
+/// What matters inside a tag: its end and quotes.
+inline constexpr auto kTagMarks = [] {
+  std::array<bool, 256> marks{};
+  for (const char c : {'>', '"', '\''}) marks[static_cast<unsigned char>(c)] = true;
+  return marks;
+}();
 
 /// A plain string as the scanner reads it.
 class TStringSource {
@@ -46,9 +54,10 @@ class TTagScan {
     TTagSpan tag;
     tag.start = Find('<', from);
     if (!tag) return tag;
-    if (StartsWith(tag.start + 1, "!--")) {
+    const char second = At(tag.start + 1);
+    if (second == '!' && StartsWith(tag.start + 2, "--")) {
       tag.end = FindMark("-->", tag.start + 1);
-    } else if (StartsWith(tag.start + 1, "?") && IsLetter(At(tag.start + 2))) {
+    } else if (second == '?' && IsLetter(At(tag.start + 2))) {
       tag.end = FindInstructionEnd(tag.start + 2);
       tag.loose = tag.end == kNowhere;
       if (tag.loose) tag.end = FindTagEnd(tag.start + 1);
@@ -114,9 +123,10 @@ class TTagScan {
           at = static_cast<const char*>(std::memchr(at, quote, static_cast<size_t>(end - at)));
           if (at == nullptr) break;
           quote = '\0';
-        } else if (*at == '>') {
-          return from + static_cast<size_t>(at - view.data()) + 1;
-        } else if (*at == '"' || *at == '\'') {
+        } else {
+          while (at < end && !kTagMarks[static_cast<unsigned char>(*at)]) ++at;
+          if (at == end) break;
+          if (*at == '>') return from + static_cast<size_t>(at - view.data()) + 1;
           quote = *at;
         }
         ++at;

@@ -8,7 +8,7 @@ namespace {
 
 TAttrList List(std::string_view text) {
   TAttrList list;
-  list.SetAsString(text);
+  list.SetAsString(std::string(text));
   return list;
 }
 

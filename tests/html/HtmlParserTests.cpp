@@ -3,7 +3,7 @@
 #include <PlatformError.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -69,6 +69,29 @@ TEST(HtmlParser, KeepsItsPlace) {
   EXPECT_EQ(parser.GetTagStart() * 100 + parser.GetIndex(), 1010);
 }
 
+TEST(HtmlParser, FindsClosingTagsAfterEditsAhead) {
+  const struct {
+    const char *text, *edited;
+  } rows[] = {{"<b>", "<u><b>1<b></b>2</b>3"},
+              {"</b>", "<u><b>1</b></b>2</b>3"},
+              {"", "<u><b>1</b>2</b>3"},
+              {"<b></b>", "<u><b>1<b></b></b>2</b>3"}};
+  for (const auto& row : rows) {
+    THtmlParser parser = Parser("<u><b>1<i></b>2</b>3");
+    parser.Next();
+    EXPECT_FALSE(parser.GotoClosingTag());  // from here on all tags are known
+    parser.SetIndex(8);
+    parser.Next();
+    parser.ReplaceTag(row.text);
+    EXPECT_EQ(parser.GetText(), row.edited);
+    TReferenceParser truth{row.edited};
+    parser.SetIndex(4);
+    truth.SetIndex(4);
+    EXPECT_EQ(parser.Next() && parser.GotoClosingTag(), truth.Next() && truth.GotoClosingTag());
+    EXPECT_EQ(parser.GetTagStart(), truth.tagStart) << row.edited;
+  }
+}
+
 TEST(HtmlParser, ReplacesElements) {
   const struct {
     const char *text, *expected;
@@ -97,7 +120,7 @@ TEST(HtmlParser, EditsAsOneStringWouldBeEdited) {
   for (int round = 0; round < 3000; ++round) {
     std::string html;
     // Mostly tags, in the second half of the rounds only such as do not swallow others.
-    for (size_t i = choose(40); i > 0; --i) html += kPieces[choose(round % 2 == 0 ? 20 : 6)];
+    for (size_t i = choose(40); i > 0; --i) html += kPieces[choose(round % 4 == 0 ? 20 : 6)];
     if (round % 50 == 0) html += std::string(20000, ' ') + html;  // more than one chunk
     PlayHtmlEdits(html, 60, choose);
   }
@@ -124,9 +147,9 @@ std::string Repeat(std::string_view text, size_t count) {
   return result;
 }
 
-/// What a check does that renames the elements it finds (even rounds) or removes them.
+/// What a check does that renames the elements it finds or removes them.
 double SecondsToNeutralise(std::string html, bool rename) {
-  const auto start = std::chrono::steady_clock::now();
+  const std::clock_t start = std::clock();  // processor time: others may be busy
   THtmlParser parser = Parser(std::move(html));
   while (parser.Next()) {
     const TAttrListGuardRef tag = parser.Get();
@@ -142,7 +165,7 @@ double SecondsToNeutralise(std::string html, bool rename) {
     parser.ReplaceTag(tag);
   }
   EXPECT_EQ(parser.GetText().find("<x"), std::string::npos);
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
 
 TEST(HtmlParser, TakesLinearTimeOnHostilePages) {
@@ -167,7 +190,7 @@ TEST(HtmlParser, TakesLinearTimeOnHostilePages) {
   for (const auto& row : rows) {
     for (const bool rename : {false, true}) {
       SCOPED_TRACE(row.row);
-      const std::string small = row.make(1000), large = row.make(16000);
+      const std::string small = row.make(600), large = row.make(9600);
       const double before =
           std::min(SecondsToNeutralise(small, rename), SecondsToNeutralise(small, rename));
       // 16 times the text; a quadratic step would take 256 times as long.
