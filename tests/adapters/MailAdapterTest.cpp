@@ -1,12 +1,11 @@
 // The mail as plug-ins see it: identity, ownership and the operations that decide something.
 #include <Errors.h>
-#include <Files.h>
 #include <QDMailAdapters.h>
 #include <QDStringsAdapters.h>
 #include <Streams.h>
+#include <TempFolder.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -144,14 +143,12 @@ TEST_F(MailAdapterTest, APartIsNoMail) {
 }
 
 TEST(MailAdapter, SavesWhatChangedAndForgetsItOnReset) {
-  const auto folder = std::filesystem::temp_directory_path() / "mailadaptertest";
-  std::filesystem::create_directories(folder);
-  const std::string file = platform::WindowsPath((folder / "mail").string());
+  const TTempFolder folder;
+  const std::string file = folder.Path("mail");
   const std::string original = std::string(kMail) + "dropped by writing";
-  platform::ReplaceFileContent(file, original);
   for (const bool keepBodies : {true, false}) {
     SCOPED_TRACE(keepBodies);
-    platform::ReplaceFileContent(file, original);
+    folder.Write("mail", original);
     auto model = std::make_unique<TMail>();
     model->KeepBodies = keepBodies;
     model->LoadFromFile(file);
@@ -159,7 +156,7 @@ TEST(MailAdapter, SavesWhatChangedAndForgetsItOnReset) {
     const TRef<IStringList> body = mail->GetBody();
     mail->GetParts(1)->GetHeader()->SetHeaderStr("X", "y");
     mail->Save();
-    EXPECT_TRUE(platform::ReadWholeFile(file) == original) << "a part's field marks no mail";
+    EXPECT_TRUE(folder.Read("mail") == original) << "a part's field marks no mail";
     mail->SetSubject("s");
     body->Clear();
     mail->DeleteAttachment(0);
@@ -173,9 +170,8 @@ TEST(MailAdapter, SavesWhatChangedAndForgetsItOnReset) {
     mail->Save();
     std::string expected(kMail);
     expected.insert(expected.find("\r\n\r\n") + 2, "Subject: s\r\n");
-    EXPECT_EQ(platform::ReadWholeFile(file), expected);
+    EXPECT_EQ(folder.Read("mail"), expected);
   }
-  std::filesystem::remove_all(folder);
 }
 
 }  // namespace

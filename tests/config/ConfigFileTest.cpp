@@ -12,7 +12,7 @@ namespace {
 
 TEST(ConfigFile, ResolvesNamesAgainstTheBaseFolder) {
   const TConfigFolder folder;
-  const std::string base = folder.Base();
+  const std::string base = folder.Path();
   EXPECT_EQ(folder.Open("a.ini")->GetFileName().Str(), base + "\\a.ini");
   EXPECT_EQ(folder.Open("sub\\a.ini")->GetFileName().Str(), base + "\\sub\\a.ini");
   EXPECT_EQ(folder.Open("\\a.ini")->GetFileName().Str(), base + "\\a.ini");

@@ -2,7 +2,7 @@
 #include <IniFile.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 #include <string>
 #include <string_view>
 
@@ -109,7 +109,7 @@ TEST(IniFile, WritingASectionReadsEverythingAgain) {
 // A hundred thousand of anything: quadratic work would take minutes.
 TEST(IniFile, StaysLinear) {
   constexpr int kMany = 100000;
-  const auto start = std::chrono::steady_clock::now();
+  const std::clock_t start = std::clock();  // processor time: the machine may be busy
   std::string text = "[keys]\n";
   for (int i = 0; i < kMany; ++i) text += "key" + std::to_string(i) + "=1\n";
   for (int i = 0; i < kMany; ++i) text += "[section" + std::to_string(i) + "]\nk=1\n";
@@ -129,7 +129,7 @@ TEST(IniFile, StaysLinear) {
   }
   EXPECT_EQ(ini.Section("keys").Count(), 0u);
   EXPECT_EQ(ini.SectionNames().Count(), kMany + 1u);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+  EXPECT_LT(std::clock() - start, 30 * CLOCKS_PER_SEC);
 }
 
 }  // namespace

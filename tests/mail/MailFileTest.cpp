@@ -17,8 +17,8 @@ class MailFileTest : public testing::Test {
   void Write(std::string_view text) { platform::ReplaceFileContent(file_, text); }
   std::string Read() const { return platform::ReadWholeFile(file_); }
 
-  const TTestFolder folder_;
-  const std::string file_ = folder_.File("mail.eml");
+  const TTempFolder folder_;
+  const std::string file_ = folder_.Path("mail.eml");
 };
 
 std::string Mail(std::string_view first, std::string_view second) {
@@ -80,7 +80,7 @@ TEST_F(MailFileTest, AMailThatFailedToLoadIsNotWrittenBack) {
   upper[0] = static_cast<char>(upper[0] ^ 0x20);  // the drive letter in the other case
   EXPECT_THROW(mail.SaveToFile(upper), EError);
   EXPECT_EQ(Read(), text);
-  mail.SaveToFile(folder_.File("other"));
+  mail.SaveToFile(folder_.Path("other"));
   mail.SetFileName("now it is told of a change");
   EXPECT_EQ(mail.GetAttachmentCount(), 1u);
   Write("A: b\r\n\r\n");
@@ -91,8 +91,8 @@ TEST_F(MailFileTest, AMailThatFailedToLoadIsNotWrittenBack) {
 
 TEST_F(MailFileTest, TellsWhyItCannotSave) {
   TMail mail;
-  EXPECT_THROW(mail.SaveToFile(folder_.File("none") + "\\mail"), EFileCreateError);
-  EXPECT_THROW(mail.LoadFromFile(folder_.File("none")), platform::EPlatformError);
+  EXPECT_THROW(mail.SaveToFile(folder_.Path("none") + "\\mail"), EFileCreateError);
+  EXPECT_THROW(mail.LoadFromFile(folder_.Path("none")), platform::EPlatformError);
   EXPECT_TRUE(mail.LoadFailed());
 }
 

@@ -1,11 +1,10 @@
 // Addresses of header values, and the small text functions beside them.
 #include <Addresses.h>
-#include <Files.h>
 #include <StringList.h>
+#include <TempFolder.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -119,19 +118,13 @@ TEST(HeaderTexts, PosAnyChar) {
 }
 
 TEST(HeaderTexts, FileSize) {
-  const auto folder = std::filesystem::temp_directory_path() / "quarda_file_size_test";
-  std::filesystem::create_directories(folder);
-  std::ofstream(folder / "five.txt") << "12345";
-  std::ofstream(folder / "huge.bin").close();
-  std::filesystem::resize_file(folder / "huge.bin", (uintmax_t{1} << 32) + 7);
-  const auto size = [&](const char* name) {
-    return GetFileSize(platform::WindowsPath((folder / name).string()));
-  };
-  EXPECT_EQ(size("five.txt"), 5);
-  EXPECT_EQ(size("huge.bin"), INT32_MAX);
-  EXPECT_EQ(size("none.txt"), 0);
-  EXPECT_EQ(GetFileSize(platform::WindowsPath(folder.string())), 0) << "a folder is no file";
-  std::filesystem::remove_all(folder);
+  const TTempFolder folder;
+  EXPECT_EQ(GetFileSize(folder.Write("five.txt", "12345")), 5);
+  const std::string huge = folder.Write("huge.bin", "");
+  std::filesystem::resize_file(folder.Native() / "huge.bin", (uintmax_t{1} << 32) + 7);
+  EXPECT_EQ(GetFileSize(huge), INT32_MAX);
+  EXPECT_EQ(GetFileSize(folder.Path("none.txt")), 0);
+  EXPECT_EQ(GetFileSize(folder.Path()), 0) << "a folder is no file";
 }
 
 }  // namespace

@@ -1,11 +1,10 @@
 // A folder of its own for each test.
 #pragma once
 
-#include <Files.h>
+#include <TempFolder.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <string>
 
@@ -13,39 +12,20 @@ namespace quarda::platform {
 
 class TTestFolder : public testing::Test {
  protected:
-  TTestFolder() {
-    const auto* info = testing::UnitTest::GetInstance()->current_test_info();
-    native_ = std::filesystem::temp_directory_path() /
-              (std::string("qd_platform_") + info->test_suite_name() + info->name());
-    Clean();
-    std::filesystem::create_directories(native_);
-  }
-  ~TTestFolder() override { Clean(); }
-
-  std::filesystem::path Native(const std::string& name) const { return native_ / name; }
+  std::filesystem::path Native(const std::string& name) const { return folder_.Native() / name; }
   /// The Windows path of a name in the folder.
-  std::string Path(const std::string& name) const {
-    return WindowsPath(native_.string()) + "\\" + name;
-  }
+  std::string Path(const std::string& name) const { return folder_.Path(name); }
   void Put(const std::string& name, const std::string& content = "old") const {
-    std::filesystem::create_directories(Native(name).parent_path());
-    std::ofstream(Native(name), std::ios::binary) << content;
+    folder_.Write(name, content);
   }
-  std::string Content(const std::string& name) const {
-    std::ifstream file(Native(name), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-  }
+  std::string Content(const std::string& name) const { return folder_.Read(name); }
   size_t CountFiles() const {
-    return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(native_), {}));
+    return static_cast<size_t>(
+        std::distance(std::filesystem::directory_iterator(folder_.Native()), {}));
   }
 
  private:
-  void Clean() const {
-    std::error_code ignored;
-    std::filesystem::remove_all(native_, ignored);
-  }
-
-  std::filesystem::path native_;
+  const TTempFolder folder_;
 };
 
 }  // namespace quarda::platform

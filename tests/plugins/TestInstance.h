@@ -79,7 +79,7 @@ class TTestInstance final : public TRefCounted<IQuardaInstance> {
 
   TTestInstance() { app->instances.push_back(this); }
 
-  std::string BaseFolder() const { return platform::WindowsPath(folder.Native().string()); }
+  std::string BaseFolder() const { return folder.Path(); }
   /// The log in one text, a line each.
   std::string LogText() const {
     std::string text;

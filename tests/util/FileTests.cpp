@@ -1,11 +1,10 @@
+#include <TempFolder.h>
 #include <Utils.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <filesystem>
 #include <string>
-
-#include "TempFolder.h"
 
 namespace quarda {
 namespace {

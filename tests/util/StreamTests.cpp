@@ -1,4 +1,5 @@
 #include <PlatformError.h>
+#include <TempFolder.h>
 #include <Utils.h>
 #include <gtest/gtest.h>
 
@@ -6,8 +7,6 @@
 #include <memory>
 #include <random>
 #include <string>
-
-#include "TempFolder.h"
 
 namespace quarda {
 namespace {

@@ -1,6 +1,7 @@
 #include <Utils.h>
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <functional>
 #include <string>
 #include <vector>
@@ -224,6 +225,49 @@ TEST(Macros, ReplaceWhatTheCallbackKnows) {
   EXPECT_EQ(replace("$B$$B$$"), "$B$7$B$7$");
   EXPECT_EQ(replace("$$B$"), "$$B$");
   EXPECT_EQ(replace("open $B"), "open $B");
+}
+
+// A million of whatever a function looks for: quadratic work would take minutes.
+TEST(Text, StaysLinear) {
+  const auto many = [](std::string_view piece) {
+    std::string text;
+    for (int i = 0; i < 1000000; ++i) text += piece;
+    return text;
+  };
+  const std::string as = many("a");
+  const struct {
+    const char* piece;
+    std::function<void(const std::string&)> function;
+  } rows[] = {
+      {"*a", [&](auto& mask) { EXPECT_TRUE(MatchText(as, mask)); }},
+      {"**", [&](auto& mask) { EXPECT_FALSE(MatchText(as, mask)); }},
+      {"?", [&](auto& mask) { EXPECT_TRUE(MatchTextInvert(as, mask)); }},
+      {"&", ConvHtmlToUml},
+      {"&;", ConvHtmlToUml},
+      {"&lt;", ConvHtmlToUml},
+      {"<", RemoveHtmlTags},
+      {"<'\">", RemoveHtmlTags},
+      {"<br>", RemoveHtmlTags},
+      {"\n", [](std::string text) { LineBreakToBR(text); }},
+      {"a= ", [](auto& tag) { EXPECT_EQ(GetHtmlTagAttr(tag, "b"), ""); }},
+      {"a\n", IsEmailFile},
+      {"a\n\r", IsEmailFile},
+      {"\\", CTextToText},
+      {"\r\n", TextToCText},
+      {"7,", [](auto& list) { EXPECT_FALSE(IsInNumberList(8, list)); }},
+      {"1-2;", [](auto& list) { EXPECT_EQ(ParseNumberList(list).size(), 2000000u); }},
+      {"$a$",
+       [](auto& text) { ReplaceMacrosEx(text, [](std::string& m) { return m = "", true; }); }},
+      {"$", [](auto& text) { ReplaceMacrosEx(text, [](std::string&) { return false; }); }},
+      {"\r", [](auto& text) { TStringList().SetText(std::string_view(text)); }},
+      {"/", [](auto& text) { TStringList().SetSeparateText(text, "/"); }},
+  };
+  for (const auto& row : rows) {
+    const std::string text = many(row.piece);
+    const std::clock_t start = std::clock();  // processor time: the machine may be busy
+    row.function(text);
+    EXPECT_LT(std::clock() - start, 5 * CLOCKS_PER_SEC) << row.piece;
+  }
 }
 
 }  // namespace
