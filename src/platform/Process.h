@@ -46,6 +46,8 @@ class TProcess {
   /// The exit code, or kStillActive. A program that died by a signal of its own gives the number of
   /// the signal, so that a crash is never taken for a clean end.
   uint32_t ExitCode();
+  /// Whether it died by a signal of its own (on Windows: by an exception that nothing handled).
+  bool Crashed();
 
  private:
   struct TState;
@@ -56,6 +58,10 @@ class TProcess {
 /// a backslash before a quote makes it an ordinary character (two backslashes before a quote are
 /// one). In the program's own name backslashes are always ordinary.
 std::vector<std::string> SplitProgramLine(std::string_view commandLine);
+/// The same pieces as they are written, with their quotes and backslashes: views into the line.
+std::vector<std::string_view> RawProgramLine(std::string_view commandLine);
+/// The argument between quotes, escaped so that SplitProgramLine gives it back as one piece.
+std::string QuoteArgument(std::string_view argument);
 
 /// Whether DOS programs need a PIF file to be started (the Windows 95 family).
 bool StartsDosProgramsThroughPif() noexcept;

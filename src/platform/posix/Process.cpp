@@ -133,9 +133,14 @@ class TSpawnSetup {
 };
 
 /// Takes away the zombies of programs that nobody waited for (they outlived their time, or were
-/// started not to be waited for); otherwise a resident engine would gather them.
+/// started not to be waited for); otherwise a resident engine would gather them. Ours lead a group
+/// of their own; a child that a plug-in started by itself is left for the plug-in.
 void ReapForgotten() noexcept {
-  while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+  while (true) {
+    siginfo_t ended{};
+    if (::waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) != 0 || ended.si_pid == 0) return;
+    if (::getpgid(ended.si_pid) != ended.si_pid) return;
+    ::waitpid(ended.si_pid, nullptr, WNOHANG);
   }
 }
 
@@ -180,6 +185,7 @@ struct TProcess::TState {
   const pid_t process;
   TDescriptor descriptor;  // none on systems without process descriptors
   std::optional<uint32_t> exitCode;
+  bool crashed = false;
 };
 
 bool TProcess::TState::Poll() {
@@ -191,7 +197,8 @@ bool TProcess::TState::Poll() {
   if (got != process) {
     exitCode = kStillActive;  // its end was taken by somebody else: never a clean result
   } else {
-    exitCode = static_cast<uint32_t>(WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status));
+    crashed = WIFSIGNALED(status);
+    exitCode = static_cast<uint32_t>(crashed ? WTERMSIG(status) : WEXITSTATUS(status));
   }
   return true;
 }
@@ -229,12 +236,16 @@ void TProcess::Terminate(uint32_t exitCode) {
   constexpr std::chrono::seconds kLongestDeath{10};  // a program stuck in the kernel is left to it
   if (!state_->exitCode) {
     ::kill(-state_->process, SIGKILL);
+    ::kill(state_->process, SIGKILL);  // it may have moved to another group
     state_->SleepUntil(std::chrono::steady_clock::now() + kLongestDeath);
   }
   state_->exitCode = exitCode;
+  state_->crashed = false;
 }
 
 uint32_t TProcess::ExitCode() { return state_->Poll() ? *state_->exitCode : kStillActive; }
+
+bool TProcess::Crashed() { return state_->Poll() && state_->crashed; }
 
 bool StartsDosProgramsThroughPif() noexcept { return false; }
 

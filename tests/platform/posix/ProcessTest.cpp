@@ -36,6 +36,17 @@ TEST(ProgramLine, SplitsByTheWindowsRules) {
   for (const auto& row : kRows) EXPECT_EQ(SplitProgramLine(row.line), row.pieces) << row.line;
 }
 
+TEST(ProgramLine, QuotesAnyArgument) {
+  for (const char* argument : {"", "a", "a b", R"(a\)", R"(a b\)", R"(\\x y\\)", R"("a")",
+                               R"(a\" b)", R"(\")", "a\t\n\"\"b"}) {
+    const std::string line = "p " + QuoteArgument(argument) + " next";
+    EXPECT_EQ(SplitProgramLine(line), (std::vector<std::string>{"p", argument, "next"})) << line;
+  }
+  const std::string line = R"( "a b"c  d\" e" "f g)";
+  EXPECT_EQ(RawProgramLine(line),
+            (std::vector<std::string_view>{R"("a b"c)", R"(d\")", R"(e" "f)", "g"}));
+}
+
 class ProcessTest : public testing::Test {
  protected:
   ProcessTest() {
@@ -81,7 +92,26 @@ TEST_F(ProcessTest, GivesTheExitCode) {
   EXPECT_EQ(Run("true"), 0u) << "a bare name is found on the search path";
   EXPECT_EQ(Run(Script("five.sh", "exit 5")), 5u);
   EXPECT_EQ(Run("\"/bin/sh\" -c \"exit 7\""), 7u);
-  EXPECT_EQ(Run("C:\\bin\\sh -c \"kill -11 $$\""), 11u) << "a crash is no clean result";
+}
+
+TEST_F(ProcessTest, TellsACrashFromAnExitCode) {
+  const struct {
+    const char* program;
+    uint32_t exitCode;
+    bool crashed;
+  } kRows[] = {{"sh -c \"kill -11 $$\"", 11, true},
+               {"sh -c \"kill -9 $$\"", 9, true},
+               {"sh -c \"exit 11\"", 11, false},
+               {"sleep 30", 0, false}};
+  for (const auto& row : kRows) {
+    TProcess process({row.program, {}, false});
+    EXPECT_FALSE(process.Crashed()) << row.program;
+    if (!process.Wait(milliseconds(row.crashed || row.exitCode != 0 ? 20000 : 50))) {
+      process.Terminate(0);
+    }
+    EXPECT_EQ(process.ExitCode(), row.exitCode) << row.program;
+    EXPECT_EQ(process.Crashed(), row.crashed) << row.program;
+  }
 }
 
 TEST_F(ProcessTest, HandsArgumentsOverWithoutAShell) {
@@ -149,6 +179,13 @@ TEST_F(ProcessTest, SurvivesMuchOutputAndClosedHandles) {
   EXPECT_EQ(
       Run("\"/bin/sh\" -c \"head -c 5000000 /dev/zero > /dev/null; exec >&- 2>&- <&-; exit 3\""),
       3u);
+}
+
+TEST_F(ProcessTest, LeavesAPluginsOwnChildToThePlugin) {
+  FILE* const child = ::popen("exit 3", "r");
+  Run("sleep 0.1");
+  Run("true");
+  EXPECT_EQ(::pclose(child), 3 << 8);
 }
 
 TEST_F(ProcessTest, ForgottenProgramsLeaveNoZombie) {
