@@ -1,4 +1,4 @@
-// The standard handles of the process.
+// The console: the standard handles of the process and the beep.
 #pragma once
 
 #include <cstdint>
@@ -18,5 +18,8 @@ class TConsoleHandles {
  private:
   intptr_t console_;
 };
+
+/// Sounds the simple beep of the system; silent where there is nothing to sound it.
+void Beep() noexcept;
 
 }  // namespace quarda::platform

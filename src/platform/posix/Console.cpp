@@ -48,4 +48,11 @@ TConsoleHandles::~TConsoleHandles() {
   PutOn(STDIN_FILENO, STDERR_FILENO);
 }
 
+// The bell of the terminal; standard error may as well be a file, which wants none.
+void Beep() noexcept {
+  if (::isatty(STDERR_FILENO) != 1) return;
+  while (::write(STDERR_FILENO, "\a", 1) == -1 && errno == EINTR) {
+  }
+}
+
 }  // namespace quarda::platform
