@@ -2,12 +2,12 @@
 // engine is written down for the test to read.
 #pragma once
 
-#include <Errors.h>
+#include <CodePage.h>
 #include <Files.h>
 #include <QDIntf.h>
 #include <QDStringsAdapters.h>
-#include <StringList.h>
 #include <TempFolder.h>
+#include <Utils.h>
 
 #include <cstdint>
 #include <string>
@@ -65,12 +65,29 @@ class TTestApp final : public TRefCounted<IQuardaApp> {
   const std::string baseFolder_;
 };
 
+/// The command line of a scan: one file.
+class TTestArguments final : public TRefCounted<IArguments> {
+ public:
+  std::string file;
+
+  int32_t QDCALL GetArgumentCount() override { return 1; }
+  AnsiString QDCALL GetArguments(int32_t) override { return file; }
+  AnsiString QDCALL GetFilename() override { return file; }
+  AnsiString QDCALL GetFileExt() override { return platform::LowerAnsi(ExtractFileExt(file)); }
+  AnsiString QDCALL GetShortFileName() override { return platform::ShortPath(file); }
+  AnsiString QDCALL GetName() override { return ExtractFileName(file); }
+  int32_t QDCALL GetFileSize() override { return FileGetSize(file); }
+  bool QDCALL FindCmdLineSwitch(const AnsiString&, bool) override { return false; }
+  AnsiString QDCALL GetCommandLine() override { return file; }
+};
+
 class TTestInstance final : public TRefCounted<IQuardaInstance> {
  public:
   const TTempFolder folder;
   const TRef<TTestApp> app = MakeRef<TTestApp>(BaseFolder());
   TOvraMailFileType fileType = ftInMail;
   TOvraMailType mailType = mtInMail;
+  const TRef<TTestArguments> arguments = MakeRef<TTestArguments>();
   TRef<IConfig> config;
   TRef<IMail> mail;
   std::vector<std::string> log;  ///< "Priority|plug-in|message"
@@ -87,7 +104,7 @@ class TTestInstance final : public TRefCounted<IQuardaInstance> {
     return text;
   }
 
-  TRef<IArguments> QDCALL GetArguments() override { return nullptr; }
+  TRef<IArguments> QDCALL GetArguments() override { return arguments; }
   TRef<IPluginList> QDCALL GetPlugins() override { return app->plugins; }
   TRef<IConfig> QDCALL GetConfig() override { return config; }
   TOvraMailType QDCALL GetMailType() override { return mailType; }
