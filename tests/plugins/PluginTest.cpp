@@ -72,9 +72,9 @@ TEST(InternalPlugins, StandInTheirOrder) {
     names += plugin->GetName().Str() + " ";
     EXPECT_EQ(plugin->GetVersionMajor() * 10 + plugin->GetVersionMinor(), 10) << names;
   }
-  EXPECT_EQ(
-      names,
-      "RemoveDblAttachments text/html Subject Attachments LoadPlugins ExtractEml InformOnVirus ");
+  EXPECT_EQ(names,
+            "RemoveDblAttachments text/html Subject Attachments LoadPlugins ExtractEml VirusScan "
+            "SpamFilter InformOnVirus ");
 }
 
 }  // namespace

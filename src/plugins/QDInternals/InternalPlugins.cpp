@@ -5,8 +5,10 @@
 #include "PluginInformOnVirus.h"
 #include "PluginLoadPlugins.h"
 #include "PluginRemoveDblAttachments.h"
+#include "PluginSpamFilter.h"
 #include "PluginSubject.h"
 #include "PluginTextHtml.h"
+#include "PluginVirusScan.h"
 
 namespace quarda {
 namespace {
@@ -17,8 +19,14 @@ TRef<IPlugin> Make() {
 }
 
 constexpr TRef<IPlugin> (*kInternalPlugins[])() = {
-    Make<TPluginRemoveDblAttachments>, Make<TPluginTextHtml>,    Make<TPluginSubject>,
-    Make<TPluginAttachments>,          Make<TPluginLoadPlugins>, Make<TPluginExtractEml>,
+    Make<TPluginRemoveDblAttachments>,
+    Make<TPluginTextHtml>,
+    Make<TPluginSubject>,
+    Make<TPluginAttachments>,
+    Make<TPluginLoadPlugins>,
+    Make<TPluginExtractEml>,
+    Make<TPluginVirusScan>,
+    Make<TPluginSpamFilter>,
     Make<TPluginInformOnVirus>,
 };
 
