@@ -73,8 +73,8 @@ TEST(InternalPlugins, StandInTheirOrder) {
     EXPECT_EQ(plugin->GetVersionMajor() * 10 + plugin->GetVersionMinor(), 10) << names;
   }
   EXPECT_EQ(names,
-            "RemoveDblAttachments text/html Subject Attachments LoadPlugins ExtractEml VirusScan "
-            "SpamFilter InformOnVirus ");
+            "RemoveDblAttachments text/html Subject ASmtpCheck Attachments LoadPlugins ExtractEml "
+            "VirusScan SpamFilter InformOnVirus ");
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ double-extension          |1|Invalid attachment file extension: ".exe" <=> "phot
 encoded-attachment-name   |1|Invalid attachment file extension: ".scr" <=> "Rechnung        |same
 encoded-headers           |0|-                                                              |same
 encoded-virus-subject     |1|Virus subject found "*you have won*" and marked as virus       |same
+faked-sender              |0|faked asmtp sender: "support@ours.example".                     |Subject: Quarda - faked sender: Your mailbox is full
 forbidden-attachment      |1|Invalid attachment file extension: ".EXE" <=> "Setup.EXE"      |same
 html-attachment           |0|Script removed.                                                |<p>Welcome to the club.</p>
 html-iframe               |0|iframe found and changed to a comment.                         |<block_iframe src="http://example.com/weather" width=200></block_iframe>

@@ -1,5 +1,6 @@
 #include "InternalPlugins.h"
 
+#include "PluginASmtpCheck.h"
 #include "PluginAttachments.h"
 #include "PluginExtractEml.h"
 #include "PluginInformOnVirus.h"
@@ -19,14 +20,9 @@ TRef<IPlugin> Make() {
 }
 
 constexpr TRef<IPlugin> (*kInternalPlugins[])() = {
-    Make<TPluginRemoveDblAttachments>,
-    Make<TPluginTextHtml>,
-    Make<TPluginSubject>,
-    Make<TPluginAttachments>,
-    Make<TPluginLoadPlugins>,
-    Make<TPluginExtractEml>,
-    Make<TPluginVirusScan>,
-    Make<TPluginSpamFilter>,
+    Make<TPluginRemoveDblAttachments>, Make<TPluginTextHtml>,    Make<TPluginSubject>,
+    Make<TPluginASmtpCheck>,           Make<TPluginAttachments>, Make<TPluginLoadPlugins>,
+    Make<TPluginExtractEml>,           Make<TPluginVirusScan>,   Make<TPluginSpamFilter>,
     Make<TPluginInformOnVirus>,
 };
 
