@@ -74,7 +74,7 @@ TEST(InternalPlugins, StandInTheirOrder) {
   }
   EXPECT_EQ(names,
             "RemoveDblAttachments text/html Subject ASmtpCheck Attachments LoadPlugins ExtractEml "
-            "VirusScan SpamFilter InformOnVirus ");
+            "AppExec VirusScan SpamFilter InformOnVirus ");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "InternalPlugins.h"
 
 #include "PluginASmtpCheck.h"
+#include "PluginAppExec.h"
 #include "PluginAttachments.h"
 #include "PluginExtractEml.h"
 #include "PluginInformOnVirus.h"
@@ -20,10 +21,10 @@ TRef<IPlugin> Make() {
 }
 
 constexpr TRef<IPlugin> (*kInternalPlugins[])() = {
-    Make<TPluginRemoveDblAttachments>, Make<TPluginTextHtml>,    Make<TPluginSubject>,
-    Make<TPluginASmtpCheck>,           Make<TPluginAttachments>, Make<TPluginLoadPlugins>,
-    Make<TPluginExtractEml>,           Make<TPluginVirusScan>,   Make<TPluginSpamFilter>,
-    Make<TPluginInformOnVirus>,
+    Make<TPluginRemoveDblAttachments>, Make<TPluginTextHtml>,      Make<TPluginSubject>,
+    Make<TPluginASmtpCheck>,           Make<TPluginAttachments>,   Make<TPluginLoadPlugins>,
+    Make<TPluginExtractEml>,           Make<TPluginAppExec>,       Make<TPluginVirusScan>,
+    Make<TPluginSpamFilter>,           Make<TPluginInformOnVirus>,
 };
 
 }  // namespace
