@@ -4,6 +4,7 @@
 #include <InternalPlugins.h>
 #include <QDConfig.h>
 #include <QDPlugin.h>
+#include <RedAlertAction.h>
 #include <Utils.h>
 
 #include <algorithm>
@@ -95,7 +96,10 @@ bool TQuardaApp::ReportVirus(IQuardaInstanceEx& scan, int32_t exitCode) {
     scan.LogWarn(nullptr, "returned ExitCode: " + std::to_string(exitCode));
   }
   const bool redAlert = !scan.AddRedAlertFile();
-  if (redAlert) scan.LogWarn(nullptr, "!!! RedAlert !!!");
+  if (redAlert) {
+    scan.LogWarn(nullptr, "!!! RedAlert !!!");
+    PerformRedAlertAction(scan);
+  }
   return redAlert;
 }
 
