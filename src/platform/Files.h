@@ -28,7 +28,7 @@ struct TFileRecord {
   uint32_t attributes = 0;  ///< TFileAttribute bits
 };
 
-/// Whether the path names an existing file that is not a folder.
+/// Whether the path names an existing file: no folder, and no pipe or device either.
 bool FileExists(std::string_view path) noexcept;
 /// Whether the path names an existing folder.
 bool FolderExists(std::string_view path) noexcept;

@@ -1,6 +1,8 @@
 #include <Arguments.h>
 #include <Errors.h>
 
+#include <algorithm>
+
 #include "EngineFixture.h"
 
 namespace quarda::test {
@@ -60,6 +62,10 @@ TEST_F(ArgumentsTest, TakesTheFirstExistingFile) {
   EXPECT_EQ(found->GetArguments(0), "engine.exe");
   EXPECT_THROW(found->GetArguments(5), EListError);
   EXPECT_THROW(found->GetArguments(-1), EListError);
+
+  std::string slashes = first;
+  std::ranges::replace(slashes, '\\', '/');
+  EXPECT_EQ(line("\"" + slashes + "\"")->GetName(), "B.INP") << "slashes part folders as well";
 
   const auto none = line("\"" + Path("base") + "\" \"" + Path("missing") + "\" /etc/passwd");
   EXPECT_TRUE(none->GetFilename().IsEmpty()) << "neither folders nor switches are files to scan";

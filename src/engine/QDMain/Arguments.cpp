@@ -5,6 +5,8 @@
 #include <Program.h>
 #include <Utils.h>
 
+#include <algorithm>
+
 namespace quarda {
 namespace {
 
@@ -23,7 +25,10 @@ std::string FindFileArgument(const std::vector<std::string>& arguments) {
   for (size_t i = 1; i < arguments.size(); ++i) {
     const std::string_view argument = Trim(arguments[i]);
     if (argument.empty() || IsSwitch(argument)) continue;
-    if (platform::FileExists(argument)) return std::string(argument);
+    if (!platform::FileExists(argument)) continue;
+    std::string fileName(argument);
+    std::ranges::replace(fileName, '/', '\\');  // so that folder and name come apart everywhere
+    return fileName;
   }
   return {};
 }

@@ -9,13 +9,18 @@
 namespace quarda {
 namespace {
 
+/// Whether nothing follows the part. Below that depth the answer is no without a look, so that
+/// adding to a deep nest costs no walk up all of it.
 bool IsLastInDocument(const TMailPart& part) noexcept {
+  constexpr int kDeepestLook = 100;
   const TMailPart* child = &part;
-  for (const TMailPart* parent = part.GetParent(); parent; parent = parent->GetParent()) {
+  for (int depth = 0; depth < kDeepestLook; ++depth) {
+    const TMailPart* const parent = child->GetParent();
+    if (!parent) return true;
     if (&parent->GetParts(parent->GetCount() - 1) != child) return false;
     child = parent;
   }
-  return true;
+  return false;
 }
 
 }  // namespace
@@ -32,6 +37,7 @@ std::vector<TMailPart*>* TPartLists::ListOf(TMailPart::TListing listing) noexcep
 }
 
 void TPartLists::NoteAdded(TMailPart& part) {
+  if (rebuild_) return;  // finds it anyway
   if (IsLastInDocument(part)) {
     added_.push_back(&part);
   } else {

@@ -166,7 +166,8 @@ bool CopyFileTo(const std::string& source, const std::string& target) {
 bool FileExists(std::string_view path) noexcept {
   return OrElse(false, [&] {
     struct stat info;
-    return Stat(path, info) && !S_ISDIR(info.st_mode);
+    return Stat(path, info) &&
+           S_ISREG(info.st_mode);  // opening a pipe would wait for its other end
   });
 }
 
