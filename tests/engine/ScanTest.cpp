@@ -274,6 +274,7 @@ TEST_F(ScanTest, LoadsFurtherMails) {
 }
 
 TEST_F(ScanTest, NestedScansShareTheApplication) {
+  Settings("[Red Alert]\r\nVirusMailCount=2\r\n");
   const std::string inner = Mail("a.exe", "MZ");
   int depth = 0;
   std::string files;
@@ -290,6 +291,7 @@ TEST_F(ScanTest, NestedScansShareTheApplication) {
   EXPECT_EQ(files, "in_1.inp a.exe ");
   const std::string statistics = Read(BasePath("Temp\\Statistic.txt"));
   EXPECT_NE(statistics.find("Mails=1\r\nVirus=0\r\n"), std::string::npos) << statistics;
+  EXPECT_FALSE(platform::FileExists(BasePath("Temp\\Quarda.ra"))) << "one mail counts once";
 }
 
 static_assert(noexcept(RunCommandLine(AnsiString())), "the host cannot take an error");

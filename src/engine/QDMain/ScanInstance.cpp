@@ -283,7 +283,10 @@ void TQuardaInstance::WriteBack() {
   }
 }
 
-bool TQuardaInstance::AddRedAlertFile() { return RecordVirusMail(*this, *environment_.clock); }
+bool TQuardaInstance::AddRedAlertFile() {
+  // A mail counts once, however many viruses the scans inside it find.
+  return !IsSoleInstance() || RecordVirusMail(*this, *environment_.clock);
+}
 
 void TQuardaInstance::WriteStatistic(bool redAlert, int32_t exitCode) {
   if (IsSoleInstance()) CountScan(*this, redAlert, exitCode, *environment_.clock);
