@@ -74,7 +74,7 @@ TEST(InternalPlugins, StandInTheirOrder) {
   }
   EXPECT_EQ(names,
             "RemoveDblAttachments text/html Subject ASmtpCheck Attachments LoadPlugins ExtractEml "
-            "AppExec VirusScan SpamFilter InformOnVirus ");
+            "AppExec VirusScan SpamFilter ScannedText InformOnVirus ");
 }
 
 }  // namespace

@@ -31,6 +31,7 @@ html-object               |0|ActiveX element deactivated.                       
 html-script               |0|Script removed.                                                |<p>The caf=E9 opens on 1 April.</p>
 listed-attachment         |1|Invalid filename: "update????.zip" => An invented worm         |same
 nested-multiparts         |0|-                                                              |same
+outgoing-notice           |0|-                                                              |: This mail has passed a server-based virus scan.
 plain                     |0|-                                                              |same
 suspicious-subject        |0|Suspicious subject found and noted in subject                  |Subject: Quarda suspicious: Offer: 100% free, today only
 unknown-double-extension  |1|Invalid attachment double file extension: "*.*.bmp" <=> "invoice.pdf.chm"|same
@@ -52,7 +53,9 @@ while IFS='|' read -r sample code warning after; do
   count=$((count + 1))
   read -r sample <<<"$sample"
   read -r warning <<<"$warning"
-  mail=$work/mails/in_$sample.inp
+  direction=in
+  [[ $sample == outgoing-* ]] && direction=out
+  mail=$work/mails/${direction}_$sample.inp
   cp "$samples/$sample.eml" "$mail"
   rm -f "$work/base/Quarda.log"
 

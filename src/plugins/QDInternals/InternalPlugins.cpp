@@ -7,6 +7,7 @@
 #include "PluginInformOnVirus.h"
 #include "PluginLoadPlugins.h"
 #include "PluginRemoveDblAttachments.h"
+#include "PluginScannedText.h"
 #include "PluginSpamFilter.h"
 #include "PluginSubject.h"
 #include "PluginTextHtml.h"
@@ -21,10 +22,10 @@ TRef<IPlugin> Make() {
 }
 
 constexpr TRef<IPlugin> (*kInternalPlugins[])() = {
-    Make<TPluginRemoveDblAttachments>, Make<TPluginTextHtml>,      Make<TPluginSubject>,
-    Make<TPluginASmtpCheck>,           Make<TPluginAttachments>,   Make<TPluginLoadPlugins>,
-    Make<TPluginExtractEml>,           Make<TPluginAppExec>,       Make<TPluginVirusScan>,
-    Make<TPluginSpamFilter>,           Make<TPluginInformOnVirus>,
+    Make<TPluginRemoveDblAttachments>, Make<TPluginTextHtml>,    Make<TPluginSubject>,
+    Make<TPluginASmtpCheck>,           Make<TPluginAttachments>, Make<TPluginLoadPlugins>,
+    Make<TPluginExtractEml>,           Make<TPluginAppExec>,     Make<TPluginVirusScan>,
+    Make<TPluginSpamFilter>,           Make<TPluginScannedText>, Make<TPluginInformOnVirus>,
 };
 
 }  // namespace
