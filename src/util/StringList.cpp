@@ -239,7 +239,10 @@ void TStringList::SetText(std::string_view text) {
 }
 
 std::string TStringList::SeparateText(std::string_view separator) const {
+  size_t size = 0;
+  for (const TLine& line : lines_) size += line.size + separator.size();
   std::string text;
+  text.reserve(size);
   for (size_t i = 0; i < lines_.size(); ++i) {
     if (i > 0) text.append(separator);
     text.append(lines_[i].data, lines_[i].size);

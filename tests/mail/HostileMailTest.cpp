@@ -1,7 +1,6 @@
 // Shapes that make careless readers quadratic or overflow their stack. Sizes are such that anything
 // quadratic runs for many minutes, far beyond the time a test is given.
 #include <MailRead.h>
-#include <Streams.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 
@@ -9,6 +8,8 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "MailTestTools.h"
 
 namespace quarda {
 namespace {
@@ -18,20 +19,6 @@ std::string Times(size_t count, std::string_view text) {
   all.reserve(count * text.size());
   for (size_t i = 0; i < count; ++i) all.append(text);
   return all;
-}
-
-std::unique_ptr<TMail> Loaded(std::string_view text) {
-  auto mail = std::make_unique<TMail>();
-  TMemoryStream stream(text);
-  mail->LoadFromStream(stream);
-  return mail;
-}
-
-std::string Saved(TMail& mail) {
-  std::string text;
-  TStringStream stream(text);
-  mail.SaveToStream(stream);
-  return text;
 }
 
 // `depth` multiparts, one inside the other, with a text in the innermost.

@@ -3,7 +3,6 @@
 #include <Streams.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,20 +18,6 @@ constexpr const char* kMixed =
     "Content-Type: text/html\r\n\r\n<p>\r\n--C--\r\n\r\n--b\r\n"
     "Content-Disposition: attachment\r\nContent-Transfer-Encoding: base64\r\n\r\nQQ==\r\n--B--\r\n"
     "epilogue\r\n";
-
-std::unique_ptr<TMail> Loaded(std::string_view text) {
-  auto mail = std::make_unique<TMail>();
-  TMemoryStream stream(text);
-  mail->LoadFromStream(stream);
-  return mail;
-}
-
-std::string Saved(TMail& mail) {
-  std::string text;
-  TStringStream stream(text);
-  mail.SaveToStream(stream);
-  return text;
-}
 
 // The tree in one line: type[body lines](children).
 std::string Shape(TMailPart& part) {

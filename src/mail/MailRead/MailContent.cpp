@@ -41,6 +41,11 @@ size_t JoinLines(const TStringList& lines, size_t first, size_t end, std::string
   return size;
 }
 
+// What stands between the lines of the raw content.
+std::string_view Separator(mail::TEncodeType encoding) noexcept {
+  return encoding == mail::eBase64 || encoding == mail::eUUE ? "" : "\r\n";
+}
+
 // The lines between "begin" and "end" of a uuencoded body; all of them when there is no such frame.
 // Empty lines may remain at both ends: they add nothing.
 std::pair<size_t, size_t> FramedLines(const TStringList& lines) {
@@ -74,11 +79,12 @@ std::pair<size_t, size_t> TMailPart::EncodedLines(mail::TEncodeType encoding) {
 size_t TMailPart::GetFileContent(void* buffer) {
   const mail::TEncodeType encoding = GetEncodeType();
   const auto [first, end] = EncodedLines(encoding);
-  const bool joined = encoding == mail::eBase64 || encoding == mail::eUUE;
-  return JoinLines(*lines_, first, end, joined ? "" : "\r\n", static_cast<char*>(buffer));
+  return JoinLines(*lines_, first, end, Separator(encoding), static_cast<char*>(buffer));
 }
 
 std::string TMailPart::GetFileContent() {
+  const mail::TEncodeType encoding = GetEncodeType();
+  if (encoding != mail::eUUE) return GetBody().SeparateText(Separator(encoding));
   std::string content(GetFileContent(nullptr), '\0');
   GetFileContent(content.data());
   return content;
@@ -112,13 +118,20 @@ size_t TMailPart::DecodedContent(void* buffer) {
 }
 
 std::string TMailPart::DecodedContent() {
-  if (GetEncodeType() == mail::eQuotedPrintable) {
-    const TStringList& lines = GetBody();
-    return DecodeQuotedPrintableLines(lines, 0, lines.Count());
+  switch (RequireDecodable()) {
+    case mail::eQuotedPrintable: {
+      const TStringList& lines = GetBody();
+      return DecodeQuotedPrintableLines(lines, 0, lines.Count());
+    }
+    case mail::eBase64:
+    case mail::eUUE: {
+      std::string content(DecodedContent(nullptr), '\0');
+      content.resize(DecodedContent(content.data()));
+      return content;
+    }
+    default:
+      return GetFileContent();
   }
-  std::string content(DecodedContent(nullptr), '\0');
-  content.resize(DecodedContent(content.data()));
-  return content;
 }
 
 void TMailPart::DecodedContentStream(TStream& stream) {
