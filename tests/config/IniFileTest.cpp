@@ -2,7 +2,6 @@
 #include <IniFile.h>
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <string>
 #include <string_view>
 
@@ -106,10 +105,9 @@ TEST(IniFile, WritingASectionReadsEverythingAgain) {
   EXPECT_EQ(ini.Lines().SeparateText("|"), "[a]||[n=1]|k=2||[z]|");
 }
 
-// A hundred thousand of anything: quadratic work would take minutes.
+// A hundred thousand of anything: quadratic work would run into the time limit of the test.
 TEST(IniFile, StaysLinear) {
   constexpr int kMany = 100000;
-  const std::clock_t start = std::clock();  // processor time: the machine may be busy
   std::string text = "[keys]\n";
   for (int i = 0; i < kMany; ++i) text += "key" + std::to_string(i) + "=1\n";
   for (int i = 0; i < kMany; ++i) text += "[section" + std::to_string(i) + "]\nk=1\n";
@@ -129,7 +127,6 @@ TEST(IniFile, StaysLinear) {
   }
   EXPECT_EQ(ini.Section("keys").Count(), 0u);
   EXPECT_EQ(ini.SectionNames().Count(), kMany + 1u);
-  EXPECT_LT(std::clock() - start, 30 * CLOCKS_PER_SEC);
 }
 
 }  // namespace

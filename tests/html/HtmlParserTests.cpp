@@ -3,7 +3,6 @@
 #include <PlatformError.h>
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -148,8 +147,7 @@ std::string Repeat(std::string_view text, size_t count) {
 }
 
 /// What a check does that renames the elements it finds or removes them.
-double SecondsToNeutralise(std::string html, bool rename) {
-  const std::clock_t start = std::clock();  // processor time: others may be busy
+void Neutralise(std::string html, bool rename) {
   THtmlParser parser = Parser(std::move(html));
   while (parser.Next()) {
     const TAttrListGuardRef tag = parser.Get();
@@ -165,9 +163,9 @@ double SecondsToNeutralise(std::string html, bool rename) {
     parser.ReplaceTag(tag);
   }
   EXPECT_EQ(parser.GetText().find("<x"), std::string::npos);
-  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
 
+// Quadratic work on pages of this size would run into the time limit of the test.
 TEST(HtmlParser, TakesLinearTimeOnHostilePages) {
   const auto nested = [](size_t n) { return Repeat("<x src=1>", n) + Repeat("</x>", n); };
   const struct {
@@ -190,11 +188,7 @@ TEST(HtmlParser, TakesLinearTimeOnHostilePages) {
   for (const auto& row : rows) {
     for (const bool rename : {false, true}) {
       SCOPED_TRACE(row.row);
-      const std::string small = row.make(600), large = row.make(9600);
-      const double before =
-          std::min(SecondsToNeutralise(small, rename), SecondsToNeutralise(small, rename));
-      // 16 times the text; a quadratic step would take 256 times as long.
-      EXPECT_LT(SecondsToNeutralise(large, rename), 64 * before + 0.02);
+      Neutralise(row.make(40000), rename);
     }
   }
 }
