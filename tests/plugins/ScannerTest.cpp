@@ -134,8 +134,8 @@ TEST_F(Scanners, StartInTheFolderOfTheFile) {
   for (const char* const flag : {"$CHDIR$", "", "$chdir$ $noexit$"}) {
     Configure(std::string("[VirusScan]\nMailScan=~where ") + flag + "\n");
     Script("where", "pwd > \"${0%/*}/shown\"; exit 5");
-    std::filesystem::create_directory(Native("in"));
-    scan_->arguments->file = scan_->folder.Write("in/in_1.inp", "");
+    scan_->folder.Write("in/in_1.inp", "");
+    scan_->arguments->file = scan_->folder.Path("in\\in_1.inp");
     EXPECT_EQ(ScanForViruses(), std::string(flag).ends_with("$noexit$")) << flag;
     const std::string own = std::filesystem::current_path().string();
     EXPECT_EQ(Content("shown"), (*flag != '\0' ? Native("in") : own) + "\n") << flag;

@@ -105,7 +105,6 @@ TEST_F(ProcessTest, TellsACrashFromAnExitCode) {
                {"sleep 30", 0, false}};
   for (const auto& row : kRows) {
     TProcess process({row.program, {}, false});
-    EXPECT_FALSE(process.Crashed()) << row.program;
     if (!process.Wait(milliseconds(row.crashed || row.exitCode != 0 ? 20000 : 50))) {
       process.Terminate(0);
     }
