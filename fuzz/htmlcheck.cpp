@@ -25,7 +25,7 @@ class TSimpleCheck {
     if (config_.GetDisableActiveX() || config_.GetDisableScripts()) {
       EachPage([&](IMailText& part) { Neutralise(part, true); });
       try {
-        EachFile();
+        if (config_.GetCheckHtmlAttachments()) EachFile();
       } catch (const EError& error) {
         AddError(error);
         return true;
