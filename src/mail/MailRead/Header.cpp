@@ -107,8 +107,7 @@ void THeaderItem::Delete() {
 
 void THeader::CheckIndex(size_t index) const {
   if (index < fields_.size()) return;
-  throw EListError("List index out of bounds (" + std::to_string(static_cast<ptrdiff_t>(index)) +
-                   ")");
+  RaiseListIndex(static_cast<ptrdiff_t>(index));
 }
 
 void THeader::Assign(const THeader& source) {

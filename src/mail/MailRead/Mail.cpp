@@ -27,8 +27,7 @@ TMemoryStream ReadFile(std::string_view fileName) {
 
 TMailPart& At(const std::vector<TMailPart*>& list, size_t index) {
   if (index < list.size()) return *list[index];
-  throw EListError("List index out of bounds (" + std::to_string(static_cast<ptrdiff_t>(index)) +
-                   ")");
+  RaiseListIndex(static_cast<ptrdiff_t>(index));
 }
 
 TReplacingFileStream CreateFile(std::string_view fileName) {

@@ -56,8 +56,7 @@ void TMailPart::NotifyReordered() {
 
 void TMailPart::CheckIndex(size_t index) const {
   if (index < parts_.size()) return;
-  throw EListError("List index out of bounds (" + std::to_string(static_cast<ptrdiff_t>(index)) +
-                   ")");
+  RaiseListIndex(static_cast<ptrdiff_t>(index));
 }
 
 TMailPart& TMailPart::Append() {
