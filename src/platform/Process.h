@@ -15,7 +15,8 @@ namespace quarda::platform {
 struct TProgramStart {
   /// Program and arguments in one string, split by the Windows rules (SplitProgramLine) and started
   /// directly, never through a shell. The program is a path of this system, a Windows path, or a
-  /// bare name, which is looked up in the engine's base folder and then on the search path.
+  /// bare name, which is looked up in the engine's base folder and then on the search path, never
+  /// in the folder it starts in. A relative path is relative to the engine's current folder.
   /// Arguments that are absolute Windows paths, also after a "=" inside an argument, reach the
   /// program as paths of this system.
   std::string_view commandLine;
@@ -42,11 +43,13 @@ class TProcess {
   /// Sleeps until the program ends, at most `limit` (without one: for ever). True when it ended.
   bool Wait(std::optional<std::chrono::milliseconds> limit);
   /// Ends the program and everything in its process group; `exitCode` is what ExitCode gives then.
+  /// A program that ended by itself, if only just before, keeps its own.
   void Terminate(uint32_t exitCode);
   /// The exit code, or kStillActive. A program that died by a signal of its own gives the number of
   /// the signal, so that a crash is never taken for a clean end.
   uint32_t ExitCode();
-  /// Whether it died by a signal of its own (on Windows: by an exception that nothing handled).
+  /// Whether it died by a signal of its own (on Windows: by an exception that nothing handled), or
+  /// somebody else in this process took its end, so that nobody knows how it was.
   bool Crashed();
 
  private:

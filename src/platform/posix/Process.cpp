@@ -58,8 +58,9 @@ bool IsProgramFile(const std::string& native) {
          ::access(native.c_str(), X_OK) == 0;
 }
 
-/// A bare name: first in the engine's base folder, then on the search path. The name itself when it
-/// is nowhere, so that the start reports it.
+/// A bare name: first in the engine's base folder, then on the search path. Relative folders of the
+/// search path do not count: the program may start in the folder of a mail, which may hold
+/// anything.
 std::string FindOnSearchPath(const std::string& name) {
   const std::string ours = NativePath(ProgramFolder() + '\\' + name);
   if (IsProgramFile(ours)) return ours;
@@ -68,11 +69,11 @@ std::string FindOnSearchPath(const std::string& name) {
   while (!folders.empty()) {
     const std::string_view folder = folders.substr(0, folders.find(':'));
     folders.remove_prefix(std::min(folders.size(), folder.size() + 1));
-    if (folder.empty()) continue;
+    if (!folder.starts_with('/')) continue;
     std::string candidate = std::string(folder) + '/' + name;
     if (IsProgramFile(candidate)) return candidate;
   }
-  return name;
+  throw EPlatformError(ENOENT, name);
 }
 
 std::string NativeProgram(const std::string& program) {
@@ -81,7 +82,7 @@ std::string NativeProgram(const std::string& program) {
     if (StatPath(program, info) == 0) return program;
   }
   const bool isPath = program.find_first_of("\\/:") != std::string::npos;
-  return isPath ? NativePath(program) : FindOnSearchPath(program);
+  return isPath ? NativePath(FullPath(program)) : FindOnSearchPath(program);
 }
 
 /// The set-up of a start; frees what the system keeps for it.
@@ -132,6 +133,28 @@ class TSpawnSetup {
   std::string_view program_;
 };
 
+/// Has the system keep how children end. It forgets that while SIGCHLD is ignored, and this process
+/// may have inherited that from the server that started it.
+class TKeepsChildrensEnds {
+ public:
+  TKeepsChildrensEnds() noexcept {
+    ::sigaction(SIGCHLD, nullptr, &before_);
+    forgot_ = before_.sa_handler == SIG_IGN || (before_.sa_flags & SA_NOCLDWAIT) != 0;
+    struct sigaction kept {};
+    kept.sa_handler = SIG_DFL;
+    if (forgot_) ::sigaction(SIGCHLD, &kept, nullptr);
+  }
+  TKeepsChildrensEnds(const TKeepsChildrensEnds&) = delete;
+  TKeepsChildrensEnds& operator=(const TKeepsChildrensEnds&) = delete;
+  ~TKeepsChildrensEnds() {
+    if (forgot_) ::sigaction(SIGCHLD, &before_, nullptr);
+  }
+
+ private:
+  struct sigaction before_ {};
+  bool forgot_ = false;
+};
+
 /// Takes away the zombies of programs that nobody waited for (they outlived their time, or were
 /// started not to be waited for); otherwise a resident engine would gather them. Ours lead a group
 /// of their own; a child that a plug-in started by itself is left for the plug-in.
@@ -176,12 +199,14 @@ int OpenProcessDescriptor(pid_t process) noexcept {
 }  // namespace
 
 struct TProcess::TState {
-  explicit TState(pid_t started) : process(started), descriptor(OpenProcessDescriptor(started)) {}
+  explicit TState(const TProgramStart& start)
+      : process(Spawn(start)), descriptor(OpenProcessDescriptor(process)) {}
 
   /// Whether it ended; takes its exit code then.
   bool Poll();
   bool SleepUntil(std::optional<std::chrono::steady_clock::time_point> end);
 
+  const TKeepsChildrensEnds keepsEnds;
   const pid_t process;
   TDescriptor descriptor;  // none on systems without process descriptors
   std::optional<uint32_t> exitCode;
@@ -195,7 +220,8 @@ bool TProcess::TState::Poll() {
   while (got == -1 && errno == EINTR) got = ::waitpid(process, &status, WNOHANG);
   if (got == 0) return false;
   if (got != process) {
-    exitCode = kStillActive;  // its end was taken by somebody else: never a clean result
+    exitCode = kStillActive;  // somebody else took its end
+    crashed = true;           // never a clean result
   } else {
     crashed = WIFSIGNALED(status);
     exitCode = static_cast<uint32_t>(crashed ? WTERMSIG(status) : WEXITSTATUS(status));
@@ -223,7 +249,7 @@ bool TProcess::TState::SleepUntil(std::optional<std::chrono::steady_clock::time_
   return true;
 }
 
-TProcess::TProcess(const TProgramStart& start) : state_(std::make_unique<TState>(Spawn(start))) {}
+TProcess::TProcess(const TProgramStart& start) : state_(std::make_unique<TState>(start)) {}
 
 TProcess::~TProcess() = default;
 
@@ -234,11 +260,11 @@ bool TProcess::Wait(std::optional<milliseconds> limit) {
 
 void TProcess::Terminate(uint32_t exitCode) {
   constexpr std::chrono::seconds kLongestDeath{10};  // a program stuck in the kernel is left to it
-  if (!state_->exitCode) {
-    ::kill(-state_->process, SIGKILL);
-    ::kill(state_->process, SIGKILL);  // it may have moved to another group
-    state_->SleepUntil(std::chrono::steady_clock::now() + kLongestDeath);
-  }
+  if (state_->Poll()) return;
+  ::kill(-state_->process, SIGKILL);
+  ::kill(state_->process, SIGKILL);  // it may have moved to another group
+  const bool ended = state_->SleepUntil(std::chrono::steady_clock::now() + kLongestDeath);
+  if (ended && !(state_->crashed && state_->exitCode == SIGKILL)) return;  // it was faster
   state_->exitCode = exitCode;
   state_->crashed = false;
 }

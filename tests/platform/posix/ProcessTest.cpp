@@ -3,10 +3,12 @@
 #include <PlatformError.h>
 #include <Process.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -105,12 +107,21 @@ TEST_F(ProcessTest, TellsACrashFromAnExitCode) {
                {"sleep 30", 0, false}};
   for (const auto& row : kRows) {
     TProcess process({row.program, {}, false});
-    if (!process.Wait(milliseconds(row.crashed || row.exitCode != 0 ? 20000 : 50))) {
-      process.Terminate(0);
-    }
+    process.Wait(milliseconds(row.crashed || row.exitCode != 0 ? 20000 : 50));
+    process.Terminate(0);  // changes nothing for one that ended by itself
     EXPECT_EQ(process.ExitCode(), row.exitCode) << row.program;
     EXPECT_EQ(process.Crashed(), row.crashed) << row.program;
   }
+}
+
+TEST_F(ProcessTest, NeverTakesAnUnknownEndForACleanOne) {
+  const auto old = ::signal(SIGCHLD, SIG_IGN);  // as a server may have left it
+  EXPECT_EQ(Run("sh -c \"exit 5\""), 5u);
+  EXPECT_EQ(::signal(SIGCHLD, old), SIG_IGN);
+  TProcess process({"true", {}, false});
+  while (::waitpid(-1, nullptr, 0) > 0) continue;  // a plug-in that takes every end
+  EXPECT_TRUE(process.Wait(std::nullopt));
+  EXPECT_TRUE(process.Crashed());
 }
 
 TEST_F(ProcessTest, HandsArgumentsOverWithoutAShell) {
@@ -126,6 +137,16 @@ TEST_F(ProcessTest, StartsInTheFolder) {
   EXPECT_EQ(Run(script, "C:\\tmp"), 0u);
   EXPECT_EQ(Output("out"), std::filesystem::canonical("/tmp").string() + "\n");
   EXPECT_NE(StartError(script, folder_ + "\\missing"), 0u);
+}
+
+TEST_F(ProcessTest, FindsTheProgramFromHere) {
+  Script("five.sh", "exit 5");
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(native_);
+  EXPECT_EQ(Run(".\\five.sh", "C:\\tmp"), 5u);
+  EXPECT_EQ(StartError("five.sh"), static_cast<uint32_t>(ENOENT)) << "a bare name";
+  std::filesystem::current_path(before);
+  EXPECT_EQ(StartError("five.sh", folder_), static_cast<uint32_t>(ENOENT)) << "a bare name";
 }
 
 TEST_F(ProcessTest, ReportsWhatCannotBeStarted) {
