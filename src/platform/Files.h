@@ -43,6 +43,9 @@ std::vector<TFileRecord> FindFiles(std::string_view pattern);
 bool CreateFolders(std::string_view path) noexcept;
 /// Deletes a file (not a folder). True when it was there and is gone.
 bool RemoveFile(std::string_view path) noexcept;
+/// The same for a name that the engine chose itself: as it is written, without a look through the
+/// folder for another letter case.
+bool RemoveExactFile(std::string_view path) noexcept;
 /// Renames within one volume, replacing nothing that the system would not replace.
 bool RenameFile(std::string_view from, std::string_view to) noexcept;
 /// Copies the content, overwriting an existing target. A failed copy leaves no target.

@@ -199,6 +199,13 @@ bool RemoveFile(std::string_view path) noexcept {
   });
 }
 
+bool RemoveExactFile(std::string_view path) noexcept {
+  return OrElse(false, [&] {
+    const std::optional<std::string> native = ToNative(path);
+    return native && UnlinkPath(*native) == 0;
+  });
+}
+
 bool RenameFile(std::string_view from, std::string_view to) noexcept {
   return OrElse(false, [&] {
     const std::optional<std::string> target = ToNative(to);

@@ -80,7 +80,7 @@ class TSubjectFile {
   TSubjectFile(const TSubjectFile&) = delete;
   TSubjectFile& operator=(const TSubjectFile&) = delete;
   ~TSubjectFile() {
-    if (!path_.empty()) platform::RemoveFile(path_);
+    if (!path_.empty()) platform::RemoveExactFile(path_);
   }
 
   /// Writes it and returns its path. The name is known to everybody, so the file is created anew,
@@ -90,7 +90,7 @@ class TSubjectFile {
     for (int i = 0; path_.empty(); ++i) {
       const std::string number = i == 0 ? "" : std::to_string(i);
       const std::string path = Concat({GetTempDir(), kSubjectFileName, number, kSubjectFileExt});
-      if (i == 0) platform::RemoveFile(path);
+      if (i == 0) platform::RemoveExactFile(path);
       try {
         platform::TFile file(path, platform::TOpenMode::kCreateNew);
         path_ = path;
@@ -143,8 +143,7 @@ std::vector<TCommandMacro> HookMacros(IMail& mail, TSubjectFile& subjectFile) {
 /// Makes way for a start that needs no PIF, or starts a DOS program through one.
 std::string WithPif(std::string_view program, std::string line) {
   if (!platform::StartsDosProgramsThroughPif()) {
-    const std::string pif = PifName(program);
-    if (!program.empty() && platform::FileExists(pif)) platform::RemoveFile(pif);
+    if (!program.empty()) platform::RemoveExactFile(PifName(program));
     return line;
   }
   if (GetFileInfo(program) != kDosProgram) return line;

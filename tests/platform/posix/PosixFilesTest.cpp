@@ -107,6 +107,7 @@ TEST_F(PosixFiles, AreFoundInAnySpelling) {
   EXPECT_TRUE(std::filesystem::is_directory(Native("Folder/Sub/DEEP/ER")));
   TFile(Misspelled(Path("Folder\\x"), 8), TOpenMode::kCreateNew);
   EXPECT_TRUE(RenameFile(other, Misspelled(Path("Folder\\y"), 8)));
+  EXPECT_FALSE(RemoveExactFile(Misspelled(Path("Folder\\Y"), 8)));
   EXPECT_TRUE(RemoveFile(Misspelled(Path("Folder\\Y"), 8)));
   EXPECT_EQ(FindFiles(Path("Folder\\*")).size(), 3u);
   EXPECT_EQ(CountFiles(), 1u);
