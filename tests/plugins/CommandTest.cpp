@@ -230,13 +230,17 @@ TEST_F(Command, OfAHookStartsInItsFolder) {
 TEST_F(Command, ThatCannotBeStartedIsLogged) {
   EXPECT_EQ(StartApplication(*scan_, nullptr, "C:\\no\\such $hide$"), kNoExitCode);
   EXPECT_EQ(StartApplication(*scan_, nullptr, " \"\" "), kNoExitCode);
-  EXPECT_EQ(StartApplication(*scan_, nullptr, "$recipient$ touch " + Native("touched")),
-            kNoExitCode)
-      << "nothing in a mail moves the program on";
-  EXPECT_FALSE(std::filesystem::exists(Native("touched")));
+  scan_->mail = MailFromText("From: <show.sh>\n\n");
+  ShowScript();
+  for (const std::string& command :
+       {"$recipient$ touch " + Native("shown"), scan_->folder.Path("$sender$") + " a",
+        '"' + scan_->folder.Path("x\\..\\$SENDER$") + "\" a"}) {
+    EXPECT_EQ(StartApplication(*scan_, nullptr, command), kNoExitCode) << command;
+    EXPECT_FALSE(std::filesystem::exists(Native("shown"))) << "no mail chooses the program";
+  }
   LogLastError(*scan_, nullptr, 0);
   const std::string line = "Error||Execute error: " + platform::ErrorText(ENOENT) + "\n";
-  EXPECT_EQ(scan_->LogText(), line + line + line);
+  EXPECT_EQ(scan_->LogText(), line + line + line + line + line);
 }
 
 TEST_F(Command, OfAScannerGivesItsExitCode) {

@@ -108,14 +108,16 @@ class TSubjectFile {
 
 TMacroValue Single(std::string text) { return {{std::move(text)}}; }
 
+TMacroValue MailText(std::string_view text) { return {{ArgumentText(text)}, false, true}; }
+
 TMacroValue Recipient(IMail& mail) {
   const TRef<IStringList> recipients = mail.GetToList();
-  if (!recipients || recipients->GetCount() == 0) return Single({});
-  return Single(ArgumentText(mail.ExtractEmailAddress(recipients->GetStrings(0))));
+  if (!recipients || recipients->GetCount() == 0) return MailText({});
+  return MailText(mail.ExtractEmailAddress(recipients->GetStrings(0)));
 }
 
 TMacroValue AttachmentNames(IMail& mail) {
-  TMacroValue names{{}, true};
+  TMacroValue names{{}, true, true};
   const int32_t count = mail.GetAttachmentCount();
   for (int32_t i = 0; i < count; ++i) {
     names.texts.push_back(ArgumentText(mail.GetAttachments(i)->GetFileName()));
@@ -132,7 +134,7 @@ std::vector<TCommandMacro> HookMacros(IMail& mail, TSubjectFile& subjectFile) {
        {"$subject$", TMacroSearch::kFirst,
         [&] { return Single(subjectFile.Write(mail.GetSubject())); }},
        {"$sender$", TMacroSearch::kEvery,
-        [&] { return Single(ArgumentText(mail.ExtractEmailAddress(mail.GetFrom()))); }},
+        [&] { return MailText(mail.ExtractEmailAddress(mail.GetFrom())); }},
        {"$recipient$", TMacroSearch::kEvery, [&] { return Recipient(mail); }},
        {"$attachmentcount$", TMacroSearch::kEvery,
         [&] { return Single(std::to_string(mail.GetAttachmentCount())); }},

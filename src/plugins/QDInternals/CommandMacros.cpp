@@ -151,6 +151,14 @@ std::vector<std::string> TExpandedCommand::FillPiece(std::string_view piece, boo
   return arguments;
 }
 
+bool TExpandedCommand::HoldsMailText(std::string_view piece) const {
+  for (size_t mark = piece.find(kMark); mark != piece.npos;
+       mark = piece.find(kMark, mark + kMarkSize)) {
+    if (ValueOf(piece, mark).isMailText) return true;
+  }
+  return false;
+}
+
 std::string TExpandedCommand::AsWritten() const { return std::string(Trim(FillRaw(shape_))); }
 
 std::string TExpandedCommand::ForStart() const {
@@ -158,6 +166,7 @@ std::string TExpandedCommand::ForStart() const {
   size_t done = 0;
   bool isProgram = true;
   for (const std::string_view piece : platform::RawProgramLine(shape_)) {
+    if (isProgram && HoldsMailText(piece)) return {};
     const size_t start = static_cast<size_t>(piece.data() - shape_.data());
     line.append(shape_, done, start - done);
     done = start + piece.size();

@@ -18,6 +18,8 @@ struct TMacroValue {
   std::vector<std::string> texts;
   /// A list is written with its members between double quotes, a blank between two of them.
   bool isList = false;
+  /// Written by whoever sent the mail, so that it must not choose the program.
+  bool isMailText = false;
 };
 
 /// How a macro is looked for. Letter case never counts.
@@ -51,12 +53,14 @@ class TExpandedCommand {
 
   /// With the values as they are: how the log shows it.
   std::string AsWritten() const;
-  /// As it is started: text that came in by a value stays within its argument.
+  /// As it is started: text that came in by a value stays within its argument. Empty when a text of
+  /// the mail stands in the place of the program.
   std::string ForStart() const;
 
  private:
   std::vector<std::string> FillPiece(std::string_view piece, bool isProgram) const;
   std::string FillRaw(std::string_view text) const;
+  bool HoldsMailText(std::string_view piece) const;
   const TMacroValue& ValueOf(std::string_view shape, size_t mark) const;
 
   std::string shape_;  // with a mark of two characters in place of each value
