@@ -252,7 +252,7 @@ TEST_F(Command, OfAScannerGivesItsExitCode) {
       {"exit code", "exit 5", "", 5, false},
       {"ignored", "exit 5", "x$NoExit$", 0, false},
       {"crash", "kill -11 $$", "", 11, true},
-      {"ignored crash", "kill -11 $$", "$noexit$", 0, false},
+      {"crash, its code ignored", "kill -11 $$", "$noexit$", 0, true},
       {"closes its handles, ignores signals", "exec <&- >&- 2>&-; trap '' 1 2 15; exit 2", "", 2,
        false},
       {"writes much, leaves a child", "head -c 3000000 /dev/zero; sleep 2 & exit 1", "", 1, false}};

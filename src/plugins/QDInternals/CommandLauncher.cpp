@@ -186,9 +186,8 @@ TExecution ExecuteProcess(std::string_view command, int32_t waitSeconds, bool sh
     platform::TProcess process({line, folder, !show});
     result.started = true;
     if (!process.Wait(WaitLimit(waitSeconds))) process.Terminate(0);
-    if (ignoresExitCode) return result;
-    result.exitCode = process.ExitCode();
     result.crashed = process.Crashed();
+    if (!ignoresExitCode) result.exitCode = process.ExitCode();
   } catch (const platform::EPlatformError& error) {
     result.error = error.Code();
   }

@@ -30,7 +30,7 @@ struct TExecution {
 /// Runs a configured scanner or filter in the folder (empty: the engine's own), with the macros of
 /// the scanned file put in. One that runs longer than the limit (0 or less: none) is ended, with
 /// everything it started, and has the exit code 0; so has every program whose command holds the
-/// flag "$noexit$".
+/// flag "$noexit$", but one that crashed did so with that flag too.
 TExecution ExecuteProcess(std::string_view command, int32_t waitSeconds, bool show,
                           std::string_view folder);
 
