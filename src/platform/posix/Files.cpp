@@ -284,13 +284,6 @@ std::string ShortPath(std::string_view path) {
 }
 
 std::string NativePath(std::string_view path) {
-  std::string spelling;
-  struct stat info;
-  const int result = OnExisting(path, [&](const std::string& native) {
-    spelling = native;
-    return StatLink(native, info);
-  });
-  if (result == 0) return spelling;
   return NativeTarget(path).value_or(std::string(path));
 }
 
