@@ -14,7 +14,7 @@ endfunction()
 # Options behind the target go to the linker as well.
 function(qd_static_runtime target)
   if(NOT QD_SANITIZE)
-    target_link_options(${target} PRIVATE -static-libstdc++ -Wl,--as-needed -Wl,--gc-sections
+    target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc -Wl,--as-needed -Wl,--gc-sections
                                           ${ARGN})
   endif()
 endfunction()

@@ -1,6 +1,7 @@
 #include "Library.h"
 
 #include <dlfcn.h>
+#include <unwind.h>
 
 #include <string>
 
@@ -15,8 +16,24 @@ using namespace posix;
 
 namespace {
 
+using TBacktrace = decltype(&_Unwind_Backtrace);
+
+_Unwind_Reason_Code StopAtOnce(_Unwind_Context*, void*) { return _URC_NORMAL_STOP; }
+
+/// An error is carried by the unwinder of the library that raised it, but every library enters its
+/// handlers with the help of its own one, which gcc's runtime sets up at first use only; an
+/// unwinder that was never used ends the process there. Ours is linked in, the other one is that
+/// of the loaded library, when it is a shared one.
+void SetUpUnwinders(void* library) {
+  _Unwind_Backtrace(StopAtOnce, nullptr);
+  const auto other = reinterpret_cast<TBacktrace>(::dlsym(library, "_Unwind_Backtrace"));
+  if (other != nullptr) other(StopAtOnce, nullptr);
+}
+
 TLibraryHandle Load(const std::string& native) {
-  return reinterpret_cast<TLibraryHandle>(::dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL));
+  void* const library = ::dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library != nullptr) SetUpUnwinders(library);
+  return reinterpret_cast<TLibraryHandle>(library);
 }
 
 /// Loads the file if it is there. The path given to the loader always holds a slash, because one
