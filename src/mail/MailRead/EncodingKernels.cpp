@@ -9,6 +9,7 @@
 // overlaps the one before it: line ends cost no more than that, and nothing is put together first.
 #include "EncodingKernels.h"
 
+#include <Processor.h>
 #include <StringList.h>
 
 #include <array>
@@ -64,8 +65,6 @@ TProgress DecodePlainBytewise(const char* source, size_t size, char* target, boo
 
 constexpr size_t kBlock = 32;
 constexpr size_t kBlockBytes = 24;
-
-bool HasAvx2() noexcept { return __builtin_cpu_supports("avx2"); }
 
 QD_AVX2 inline __m256i Load(const char* source) noexcept {
   return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(source));
@@ -185,19 +184,19 @@ QD_AVX2 TProgress DecodePlainAvx2(const char* source, size_t size, char* target,
 
 size_t DecodeBase64(const char* source, size_t size, char* target) noexcept {
   const size_t whole = size / 4 * 4;
-  if (whole < kBlock || !HasAvx2()) return 0;
+  if (whole < kBlock || !platform::HasAvx2()) return 0;
   DecodeBase64Avx2(source, whole, target);
   return whole;
 }
 
 size_t DecodeBase64Lines(const TStringList& lines, size_t first, size_t end, char*& target,
                          const char* targetEnd) noexcept {
-  return HasAvx2() ? DecodeBase64LinesAvx2(lines, first, end, target, targetEnd) : first;
+  return platform::HasAvx2() ? DecodeBase64LinesAvx2(lines, first, end, target, targetEnd) : first;
 }
 
 TProgress DecodePlainQuoted(const char* source, size_t size, char* target,
                             bool headerMode) noexcept {
-  if (size < kBlock || !HasAvx2())
+  if (size < kBlock || !platform::HasAvx2())
     return DecodePlainBytewise(source, size, target, headerMode, {0, 0});
   return DecodePlainAvx2(source, size, target, headerMode);
 }
