@@ -33,6 +33,12 @@ std::string ReadCommandLine() {
   return text;
 }
 
+std::string FindProgram() {
+  std::string native;
+  if (ReadLink("/proc/self/exe", native) != 0) throw EPlatformError(LastErrorCode(), "program");
+  return WindowsPath(native);
+}
+
 std::string ArgumentFrom(const std::string& given) {
   struct stat info;
   const bool isPath = given.starts_with('/') && StatPath(given, info) == 0;
@@ -42,9 +48,8 @@ std::string ArgumentFrom(const std::string& given) {
 }  // namespace
 
 std::string ProgramPath() {
-  std::string native;
-  if (ReadLink("/proc/self/exe", native) != 0) throw EPlatformError(LastErrorCode(), "program");
-  return WindowsPath(native);
+  static const std::string path = FindProgram();
+  return path;
 }
 
 std::string ProgramFolder() {
