@@ -108,7 +108,7 @@ void TIniDocument::Save() {
 }
 
 void TIniDocument::SaveAlways() {
-  platform::ReplaceFileContent(fileName_, ini_.Text());
+  platform::RewriteFileContent(fileName_, ini_.Text());
   modified_ = false;
 }
 

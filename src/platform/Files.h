@@ -77,6 +77,7 @@ enum class TOpenMode {
                 ///< so)
   kCreate,      ///< for writing; created or truncated
   kCreateNew,   ///< for writing; fails when the name exists, readable by this user alone
+  kUpdate,      ///< existing file, for reading and writing
   kAppend,      ///< for writing; every write goes to the end, created when missing
 };
 
@@ -102,8 +103,12 @@ class TFile {
   std::string path_;
 };
 
-/// Whether new content must survive a power failure before the old one goes.
-enum class TDurability { kNormal, kFlushed };
+/// What a replaced file survives; a killed process leaves the old or the new content in any case.
+enum class TDurability {
+  kPassing,  ///< a power failure may lose the file
+  kNormal,   ///< a power failure leaves what the system promises for a renamed file
+  kFlushed,  ///< a power failure leaves the old or the new content
+};
 
 /// New content for a file that must survive: it is written beside the file and renamed into place
 /// by `Commit`, keeping owner and mode of the old one; without `Commit` the old content stays and
@@ -129,5 +134,8 @@ std::string ReadWholeFile(std::string_view path);
 /// `TReplacingFile` in one call.
 void ReplaceFileContent(std::string_view path, std::string_view content,
                         TDurability durability = TDurability::kNormal);
+/// The same for content that mostly is there already: then it is written over where it lies, which
+/// shows the same bytes at every moment and spares the making of a file.
+void RewriteFileContent(std::string_view path, std::string_view content);
 
 }  // namespace quarda::platform

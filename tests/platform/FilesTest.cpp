@@ -169,7 +169,8 @@ TEST_F(ReplacingFiles, ReplaceOnlyWhenCommitted) {
   EXPECT_EQ(Content("a"), "old");
   EXPECT_EQ(CountFiles(), 1u);
   const std::string large(200'000, 'x');
-  for (const TDurability durability : {TDurability::kNormal, TDurability::kFlushed}) {
+  for (const TDurability durability :
+       {TDurability::kPassing, TDurability::kNormal, TDurability::kFlushed}) {
     TReplacingFile file(Path("a"), durability);
     file.Write("new", 3);
     file.Write(large.data(), large.size());
@@ -180,6 +181,12 @@ TEST_F(ReplacingFiles, ReplaceOnlyWhenCommitted) {
     EXPECT_EQ(CountFiles(), 1u);
     ExpectError("after the end", Path("a"), [&] { file.Write("x", 1); });
   }
+  RewriteFileContent(Path("a"), "new content");
+  EXPECT_EQ(Content("a"), "new content");
+  EXPECT_TRUE(SetFileStamp(Path("a"), 0x21'0000));
+  RewriteFileContent(Path("a"), "new content");
+  EXPECT_EQ(Content("a"), "new content");
+  EXPECT_NE(FileStamp(Path("a")), 0x21'0000);
   ReplaceFileContent(Path("b"), "fresh");
   EXPECT_EQ(ReadWholeFile(Path("b")), "fresh");
   ExpectError("missing folder", Path("no\\b"), [&] { ReplaceFileContent(Path("no\\b"), ""); });

@@ -38,7 +38,7 @@ void TMailTypeFile::Write(const TMailTypeRecord& record) const {
   TStringList lines;
   lines.Add(record.mailType == mtInMail ? kInMail : kOutMail);
   lines.Add(record.mailFile);
-  lines.SaveToFile(path_);
+  platform::ReplaceFileContent(path_, lines.Text(), platform::TDurability::kPassing);
 }
 
 }  // namespace quarda

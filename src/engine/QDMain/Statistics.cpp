@@ -53,7 +53,7 @@ void CountScan(IQuardaInstance& scan, bool redAlert, int32_t exitCode,
       lines = NewStatistics(clock.Now());
     }
     Count(lines, scan.GetFileType(), redAlert, exitCode != 0);
-    lines.SaveToFile(path);
+    platform::ReplaceFileContent(path, lines.Text(), platform::TDurability::kPassing);
   } catch (...) {
     // Without its folder, or without room on the disk, nothing is counted.
   }

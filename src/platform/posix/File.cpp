@@ -30,6 +30,19 @@ int OpenForReading(const std::string& native) {
   return -1;
 }
 
+/// A file without write permission is read-only, as on every system.
+int OpenForUpdate(const std::string& native) {
+  const int file = OpenFile(native, O_RDWR | O_NONBLOCK);
+  struct stat info;
+  if (file < 0) return file;
+  if (StatOpenFile(file, info) == 0 && S_ISREG(info.st_mode) && (info.st_mode & S_IWUSR) != 0) {
+    return file;
+  }
+  CloseFile(file);
+  errno = EACCES;
+  return -1;
+}
+
 /// Opens the file that is there, in whatever letter case, or creates it.
 int OpenOrCreate(std::string_view path, int flags) {
   const int file =
@@ -57,6 +70,8 @@ int Open(std::string_view path, TOpenMode mode) {
       return OpenOrCreate(path, O_WRONLY | O_TRUNC);
     case TOpenMode::kCreateNew:
       return CreateNew(path);
+    case TOpenMode::kUpdate:
+      return OnExisting(path, OpenForUpdate);
     case TOpenMode::kAppend:
       return OpenOrCreate(path, O_WRONLY | O_APPEND);
   }

@@ -117,6 +117,10 @@ int RenamePath(const std::string& from, const std::string& to) noexcept {
   return ::rename(from.c_str(), to.c_str());
 }
 
+int ExchangePaths(const std::string& one, const std::string& other) noexcept {
+  return ::renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE);
+}
+
 int RenamePathIfFree(const std::string& from, const std::string& to) noexcept {
   if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
   if (errno != EINVAL && errno != ENOSYS) return -1;

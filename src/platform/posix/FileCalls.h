@@ -40,6 +40,8 @@ int SetPathTime(const std::string& path, const timespec& lastWrite) noexcept;
 int MakeFolder(const std::string& path) noexcept;
 int UnlinkPath(const std::string& path) noexcept;
 int RenamePath(const std::string& from, const std::string& to) noexcept;
+/// Swaps the names of two files; not every file system can.
+int ExchangePaths(const std::string& one, const std::string& other) noexcept;
 /// Renames only when nothing has the new name yet.
 int RenamePathIfFree(const std::string& from, const std::string& to) noexcept;
 int GetCurrentPath(std::string& path);

@@ -74,7 +74,10 @@ std::string InFolder(const std::string& folder, std::string_view name) {
 }  // namespace
 
 struct TReplacingFile::TState {
-  TState(std::string_view given, bool flush) : path(given), flushed(flush) {}
+  TState(std::string_view given, TDurability wanted)
+      : path(given),
+        flushed(wanted == TDurability::kFlushed),
+        passing(wanted == TDurability::kPassing) {}
   ~TState() { Abandon(); }
 
   [[noreturn]] void Raise() const { throw EPlatformError(LastErrorCode(), path); }
@@ -91,11 +94,13 @@ struct TReplacingFile::TState {
   void Abandon() noexcept;
   void WriteOut(const void* data, size_t size);
   void RenameIntoPlace();
+  bool SwapIntoPlace();
   void WriteInPlace();
   void FlushFolder();
 
   std::string path;  // as the caller gave it, for error texts
   bool flushed;
+  bool passing;
   std::string target;  // native, links followed
   struct stat old {};
   bool exists = false;
@@ -189,9 +194,17 @@ void TReplacingFile::TState::RenameIntoPlace() {
   WriteOut(buffer.data(), buffer.size());
   if (flushed && FlushFile(file.Get()) != 0) Raise();
   if (file.Close() != 0) Raise();
-  if (RenamePath(temporary, target) != 0) Raise();
+  if (!SwapIntoPlace() && RenamePath(temporary, target) != 0) Raise();
   temporary.clear();
   if (flushed) FlushFolder();
+}
+
+/// When a name is taken over from a file, file systems write the new content out first, which costs
+/// more than all the rest. Two files that swap their names are left alone.
+bool TReplacingFile::TState::SwapIntoPlace() {
+  if (!passing || !exists || ExchangePaths(temporary, target) != 0) return false;
+  UnlinkPath(temporary);
+  return true;
 }
 
 /// The rename itself must reach the disk; file systems that cannot flush a folder say EINVAL.
@@ -214,7 +227,7 @@ void TReplacingFile::TState::WriteInPlace() {
 }
 
 TReplacingFile::TReplacingFile(std::string_view path, TDurability durability)
-    : state_(std::make_unique<TState>(path, durability == TDurability::kFlushed)) {
+    : state_(std::make_unique<TState>(path, durability)) {
   state_->FindTarget();
   if (state_->exists && !S_ISREG(state_->old.st_mode)) {
     state_->inPlace = true;  // a device or pipe keeps its nature
