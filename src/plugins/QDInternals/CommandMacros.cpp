@@ -57,6 +57,13 @@ std::vector<std::string> Split(std::string_view text, bool isProgram) {
   return pieces;
 }
 
+/// Whether the system reads the text as these arguments and what follows it as further ones: a
+/// doubled quote may be read as it should and yet leave the quotes open.
+bool ReadsAs(std::string_view text, std::vector<std::string> arguments, bool isProgram) {
+  arguments.emplace_back("x");
+  return Split(Concat({text, " x"}), isProgram) == arguments;
+}
+
 std::string Join(const std::vector<std::string>& arguments, bool isProgram) {
   std::string line;
   for (const std::string& argument : arguments) {
@@ -173,9 +180,8 @@ std::string TExpandedCommand::ForStart() const {
     std::string written = FillRaw(piece);
     if (piece.find(kMark) != piece.npos) {
       const std::vector<std::string> wanted = FillPiece(piece, isProgram);
-      const std::vector<std::string> read = Split(written, isProgram);
-      const bool isNothing = !isProgram && read.empty() && wanted == std::vector<std::string>(1);
-      if (read != wanted && !isNothing) written = Join(wanted, isProgram);
+      const bool isNothing = written.empty() && !isProgram;
+      if (!isNothing && !ReadsAs(written, wanted, isProgram)) written = Join(wanted, isProgram);
     }
     line += written;
     isProgram = false;
