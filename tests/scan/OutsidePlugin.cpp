@@ -9,6 +9,9 @@
 namespace quarda {
 namespace {
 
+/// Lives until the library is unloaded, which is longer than any scan.
+TRef<IQuardaInstance> kept;
+
 class TOutsidePlugin final : public TRefCounted<IPlugin> {
  public:
   AnsiString QDCALL GetFileName() override { return "D:\\elsewhere\\outside.so"; }
@@ -21,6 +24,8 @@ class TOutsidePlugin final : public TRefCounted<IPlugin> {
     if (subject == "raise") throw std::runtime_error("out of order");
     if (subject == "catch") CatchErrorOfEngine(*instance);
     if (subject == "refuse") instance->VirusReason(this, "unwanted");
+    if (subject == "keep") kept = TRef(instance);
+    if (subject == "parts") Rewrite(*instance->GetMail());
     return subject != "refuse";
   }
   void QDCALL Done(IQuardaInstance* instance, bool) override {
@@ -37,12 +42,30 @@ class TOutsidePlugin final : public TRefCounted<IPlugin> {
       instance.LogWarn(this, std::string("caught: ") + error.what());
     }
   }
+
+  /// Strings, lists, fields and parts, made and dropped on both sides of the boundary.
+  void Rewrite(IMail& mail) {
+    const TRef<IStringList> lines = mail.GetBody()->CopyList();
+    lines->Insert(0, std::string(1000, '=').append(mail.GetSubject()));
+    lines->Add(lines->GetSeparateText("|"));
+    mail.GetBody()->Assign(lines.Get());
+    const TRef<IHeaderItem> field = mail.GetHeader()->Add("X-Outside", "one");
+    field->AddValue("two=2");
+    mail.SetMultipartSection(true);
+    mail.SetContentType("multipart/mixed");
+    mail.SetBoundary("limit");
+    const TRef<IMailPart> part = mail.Add();
+    part->SetContentType("text/plain");
+    part->SetContent(eBase64, "inside", 6);
+    const TRef<IMailPart> again = mail.GetParts(mail.GetCount() - 1);
+    if (again->GetEncodeType() == eBase64) field->SetValue("same part");
+  }
 };
 
 }  // namespace
 }  // namespace quarda
 
-extern "C" [[gnu::visibility("default")]] void QDCALL cepEntryPoint(quarda::IPlugin** plugin) {
+extern "C" QDEXPORT void QDCALL cepEntryPoint(quarda::IPlugin** plugin) {
   const auto made = quarda::MakeRef<quarda::TOutsidePlugin>();
   made->AddRef();
   *plugin = made.Get();
