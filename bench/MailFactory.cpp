@@ -51,17 +51,20 @@ std::string HtmlText(TRandom& random, size_t size) {
 std::string Header(TRandom& random, std::string_view contentType) {
   std::string id = Number(random.Below(1u << 30));
   std::string header;
-  header += "Return-Path: <sender-" + id + "@example.com>\r\n";
+  // No sender of a domain that the default settings take for a faked one: its mail would be
+  // changed.
+  header += "Return-Path: <sender-" + id + "@sender.example>\r\n";
   for (int hop = 0; hop < 3; ++hop) {
     header += "Received: from relay" + Number(random.Below(100)) + ".example.com (192.0.2." +
               Number(random.Below(255)) + ")\r\n\tby mx" + Number(random.Below(10)) +
               ".example.org with ESMTP id " + Number(random.Below(1u << 30)) +
               ";\r\n\tTue, 3 Mar 2026 09:1" + Number(random.Below(10)) + ":00 +0100\r\n";
   }
-  header += "From: \"Sender " + id + "\" <sender-" + id + "@example.com>\r\n";
-  header += "To: =?iso-8859-1?Q?Andr=E9?= <andre@example.org>, Ben Muster <ben@example.org>\r\n";
+  header += "From: \"Sender " + id + "\" <sender-" + id + "@sender.example>\r\n";
+  header +=
+      "To: =?iso-8859-1?Q?Andr=E9?= <andre@sender.example>, Ben Muster <ben@sender.example>\r\n";
   header += "Subject: =?utf-8?Q?Gr=C3=BC=C3=9Fe?= " + Text(random, 20);
-  header += "Date: Tue, 3 Mar 2026 09:10:00 +0100\r\nMessage-ID: <" + id + "@example.com>\r\n";
+  header += "Date: Tue, 3 Mar 2026 09:10:00 +0100\r\nMessage-ID: <" + id + "@sender.example>\r\n";
   header += "MIME-Version: 1.0\r\nX-Mailer: Sample Mailer 1.0\r\nContent-Type: ";
   header += contentType;
   return header + "\r\n\r\n";
@@ -121,7 +124,7 @@ std::string EncodedWords(size_t n) {
   return WithField("Subject", Repeat("=?iso-8859-1?Q?a=E4?= ", n));
 }
 std::string FoldedAddresses(size_t n) {
-  return WithField("To", Repeat("somebody@example.com,\r\n\t", n) + "last@example.com");
+  return WithField("To", Repeat("somebody@sender.example,\r\n\t", n) + "last@sender.example");
 }
 
 std::string Nested(size_t n) {
