@@ -3,6 +3,9 @@
 #include "Processor.h"
 
 #if __has_include(<sys/platform/x86.h>)
+#ifdef __clang__
+using _Bool = bool;  // the header uses C's name for it, which g++ knows in C++, too
+#endif
 #include <sys/platform/x86.h>
 #endif
 
