@@ -1,5 +1,6 @@
 // How fast mails are loaded and decoded, beside the libraries that do the same and a copy of
 // memory.
+#include <BodyLines.h>
 #include <Encodings.h>
 #include <StringList.h>
 
@@ -131,7 +132,7 @@ void MeasureBase64(const std::string& name, size_t size) {
   std::string target(text.size(), '\0');
   const TWork engine = {"engine", [&] {
                           size_t capacity = target.size();
-                          DecodeLines(lines, 0, lines.Count(), target.data(), capacity, meBase64);
+                          DecodeLines(TBodyLines(lines), target.data(), capacity, meBase64);
                           return capacity;
                         }};
   const TWork gmime = {"GMime", [&] { return GMimeDecodeBase64(text, target.data()); }};
@@ -145,10 +146,9 @@ void MeasureQuotedPrintable(const std::string& name, size_t size) {
   const std::string text = QuotedPrintableLines(size, 6);
   const TStringList lines = Lines(text);
   std::string target(text.size(), '\0');
-  const TWork byLine = {"engine", [&] {
-                          return DecodeQuotedPrintableLines(lines, 0, lines.Count(), target.data(),
-                                                            target.size());
-                        }};
+  const TWork byLine = {
+      "engine",
+      [&] { return DecodeQuotedPrintableLines(TBodyLines(lines), target.data(), target.size()); }};
   const TWork inOnePiece = {"engine", [&] { return QuotedPrintableToAnsi(text, false).size(); }};
   const TWork gmime = {"GMime", [&] { return GMimeDecodeQuotedPrintable(text, target.data()); }};
   PrintDecoder("quoted-printable, lines, " + name, text, byLine, gmime, 0, 2.5, target);

@@ -1,5 +1,6 @@
 // Transfer encodings and encoded words. A slow decoder for each encoding, written from its rules
 // alone, judges the fast ones.
+#include <BodyLines.h>
 #include <Encodings.h>
 #include <SimpleDecoders.h>
 #include <StringList.h>
@@ -79,7 +80,7 @@ TEST(Encodings, SmallBufferIsRefused) {
     lines.SetText("QUJDQUJDQUJDQUJDQUJDQUJDQUJDQUJDQUJDQUJD\r\nQUJD");
     std::string exact(32, '.');
     capacity = exact.size();
-    EXPECT_FALSE(DecodeLines(lines, 0, 2, exact.data(), capacity, encoding));
+    EXPECT_FALSE(DecodeLines(TBodyLines(lines), exact.data(), capacity, encoding));
   }
 }
 
@@ -112,15 +113,39 @@ TStringList CutIntoLines(std::string_view text, size_t column, TRandomText& rand
   return lines;
 }
 
+std::string Decoded(TBodyLines lines, TMailEncodingType encoding) {
+  std::string target(CalcDecodeBufSize(lines.CountCharacters()), '.');  // the sanitizer watches
+  size_t length = target.size();
+  EXPECT_TRUE(DecodeLines(lines, target.data(), length, encoding));
+  return target.substr(0, length);
+}
+
+// A text is walked over as the list that it would be split into.
+void CheckUnsplit(const TStringList& lines, TMailEncodingType encoding, TRandomText& random) {
+  std::string text;
+  for (size_t i = 0; i < lines.Count(); ++i) {
+    text.append(lines[i]).append(random.Number(3) > 0 ? "\r\n" : "\n");
+  }
+  text.resize(text.size() - random.Number(std::min<size_t>(text.size(), 3)));
+  TStringList list;
+  for (std::string_view rest = text; !rest.empty();) list.AddSlice(TakeLine(rest));
+  const TBodyLines split(list), unsplit(text);
+  ASSERT_EQ(unsplit.CountLines(), list.Count());
+  ASSERT_EQ(unsplit.LastTwo(), split.LastTwo());
+  std::string joined(unsplit.Join("||", nullptr), '.');
+  unsplit.Join("||", joined.data());
+  ASSERT_EQ(joined, list.SeparateText("||"));
+  ASSERT_EQ(Decoded(unsplit, encoding), Decoded(split, encoding));
+}
+
 void CheckDecoders(const std::string& text, TMailEncodingType encoding, size_t column,
                    TRandomText& random) {
   const std::string expected = simple::Decode(text, encoding);
   ASSERT_EQ(TextDecode(text, encoding), expected) << text.size();
   const TStringList lines = CutIntoLines(text, column, random);
-  std::string target(CalcDecodeBufSize(text.size()), '.');  // the sanitizer watches its end
-  size_t length = target.size();
-  ASSERT_TRUE(DecodeLines(lines, 0, lines.Count(), target.data(), length, encoding));
-  ASSERT_EQ(target.substr(0, length), expected) << text.size() << " in columns of " << column;
+  ASSERT_EQ(Decoded(TBodyLines(lines), encoding), expected)
+      << text.size() << " in columns of " << column;
+  CheckUnsplit(lines, encoding, random);
 }
 
 TEST(Encodings, FastDecodersFollowTheRules) {
@@ -192,10 +217,10 @@ void CheckQuotedPrintable(const std::string& text) {
   TStringList lines;
   lines.SetText(text + "\n");
   const std::string expected = simple::DecodeQuoted(lines.SeparateText("\r\n"), false);
-  ASSERT_EQ(DecodeQuotedPrintableLines(lines, 0, lines.Count()), expected);
-  ASSERT_EQ(DecodeQuotedPrintableLines(lines, 0, lines.Count(), nullptr, 0), expected.size());
+  ASSERT_EQ(DecodeQuotedPrintableLines(TBodyLines(lines)), expected);
+  ASSERT_EQ(DecodeQuotedPrintableLines(TBodyLines(lines), nullptr, 0), expected.size());
   std::string target(expected.size() / 2, '.');
-  ASSERT_EQ(DecodeQuotedPrintableLines(lines, 0, lines.Count(), target.data(), target.size()),
+  ASSERT_EQ(DecodeQuotedPrintableLines(TBodyLines(lines), target.data(), target.size()),
             expected.size());
   ASSERT_EQ(target, expected.substr(0, target.size()));
 }

@@ -10,10 +10,11 @@
 #include "EncodingKernels.h"
 
 #include <Processor.h>
-#include <StringList.h>
 
 #include <array>
 #include <cstdint>
+
+#include "BodyLines.h"
 
 #if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>
@@ -135,19 +136,22 @@ QD_AVX2 void DecodeBase64Avx2(const char* source, size_t size, char* target) noe
   DecodeGroups(source, size, target);
 }
 
-QD_AVX2 size_t DecodeBase64LinesAvx2(const TStringList& lines, size_t first, size_t end,
-                                     char*& target, const char* targetEnd) noexcept {
-  char* out = target;
-  for (; first < end; ++first) {
-    const std::string_view line = lines[first];
+QD_AVX2 bool DecodeBase64LinesAvx2(TBodyLines& lines, std::string_view& line,
+                                   TTarget& target) noexcept {
+  TBodyLines rest = lines;
+  TTarget out = target;
+  bool stopped = false;
+  while (rest.Next(line)) {
     const size_t bytes = line.size() / 4 * 3;
-    if (line.size() % 4 != 0 || line.size() < kBlock) break;
-    if (static_cast<size_t>(targetEnd - out) < bytes) break;
-    DecodeGroups(line.data(), line.size(), out);
-    out += bytes;
+    stopped = line.size() % 4 != 0 || line.size() < kBlock || out.room < bytes;
+    if (stopped) break;
+    DecodeGroups(line.data(), line.size(), out.at);
+    out.at += bytes;
+    out.room -= bytes;
   }
+  lines = rest;
   target = out;
-  return first;
+  return stopped;
 }
 
 QD_AVX2 TProgress DecodePlainAvx2(const char* source, size_t size, char* target,
@@ -189,9 +193,8 @@ size_t DecodeBase64(const char* source, size_t size, char* target) noexcept {
   return whole;
 }
 
-size_t DecodeBase64Lines(const TStringList& lines, size_t first, size_t end, char*& target,
-                         const char* targetEnd) noexcept {
-  return platform::HasAvx2() ? DecodeBase64LinesAvx2(lines, first, end, target, targetEnd) : first;
+bool DecodeBase64Lines(TBodyLines& lines, std::string_view& line, TTarget& target) noexcept {
+  return platform::HasAvx2() ? DecodeBase64LinesAvx2(lines, line, target) : lines.Next(line);
 }
 
 TProgress DecodePlainQuoted(const char* source, size_t size, char* target,
@@ -205,8 +208,8 @@ TProgress DecodePlainQuoted(const char* source, size_t size, char* target,
 
 size_t DecodeBase64(const char*, size_t, char*) noexcept { return 0; }
 
-size_t DecodeBase64Lines(const TStringList&, size_t first, size_t, char*&, const char*) noexcept {
-  return first;
+bool DecodeBase64Lines(TBodyLines& lines, std::string_view& line, TTarget&) noexcept {
+  return lines.Next(line);
 }
 
 TProgress DecodePlainQuoted(const char* source, size_t size, char* target,

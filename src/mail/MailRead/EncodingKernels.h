@@ -2,10 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 namespace quarda {
 
-class TStringList;
+class TBodyLines;
 
 namespace kernels {
 
@@ -14,11 +15,16 @@ namespace kernels {
 /// number of characters decoded.
 size_t DecodeBase64(const char* source, size_t size, char* target) noexcept;
 
-/// Decodes the lines from `first` on as long as each is made of whole groups, is long enough for a
-/// wide block and fits into what is left of the target, which is moved on. Returns the first line
-/// that is not decoded.
-size_t DecodeBase64Lines(const TStringList& lines, size_t first, size_t end, char*& target,
-                         const char* targetEnd) noexcept;
+/// Where the next byte goes, and how many may.
+struct TTarget {
+  char* at;
+  size_t room;
+};
+
+/// Decodes lines as long as each is made of whole groups, is long enough for a wide block and fits
+/// into the room of the target, which is moved on. False at the end of the lines; true with the
+/// first line that is not decoded.
+bool DecodeBase64Lines(TBodyLines& lines, std::string_view& line, TTarget& target) noexcept;
 
 /// How far a decoder came in its source and in its target.
 struct TProgress {

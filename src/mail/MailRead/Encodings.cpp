@@ -1,12 +1,11 @@
 #include "Encodings.h"
 
-#include <StringList.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 
+#include "BodyLines.h"
 #include "EncodingKernels.h"
 
 namespace quarda {
@@ -113,22 +112,24 @@ namespace {
 class TLineDecoder {
  public:
   TLineDecoder(char* target, size_t capacity, TMailEncodingType encoding) noexcept
-      : out_(target), end_(target + capacity), encoding_(encoding) {}
+      : target_{target, capacity}, encoding_(encoding) {}
 
-  bool Decode(const TStringList& lines, size_t first, size_t end) noexcept {
-    while (first < end) {
-      if (encoding_ == meBase64 && used_ % 4 == 0) {
-        if (!Flush()) return false;
-        first = kernels::DecodeBase64Lines(lines, first, end, out_, end_);
-        if (first == end) break;
-      }
-      if (!Pack(lines[first++])) return false;
+  bool Decode(TBodyLines lines) noexcept {
+    std::string_view line;
+    while (NextToPack(lines, line)) {
+      if (!Pack(line)) return false;
     }
     return Flush();
   }
-  const char* End() const noexcept { return out_; }
+  const char* End() const noexcept { return target_.at; }
 
  private:
+  // The next line that kernels leave to us; false at the end. What is packed is empty or waits for
+  // the rest of a group.
+  bool NextToPack(TBodyLines& lines, std::string_view& line) noexcept {
+    if (encoding_ != meBase64 || used_ % 4 != 0 || !Flush()) return lines.Next(line);
+    return kernels::DecodeBase64Lines(lines, line, target_);
+  }
   bool Pack(std::string_view line) noexcept {
     while (!line.empty()) {
       const size_t piece = std::min(line.size(), sizeof packed_ - used_);
@@ -141,38 +142,28 @@ class TLineDecoder {
   }
   // Drops what fills no group: it is the end then, or there is none.
   bool Flush() noexcept {
-    if (CalcDecodeBufSize(used_) > static_cast<size_t>(end_ - out_)) return false;
-    out_ += DecodeGroups(packed_, used_, out_, encoding_);
+    if (CalcDecodeBufSize(used_) > target_.room) return false;
+    const size_t bytes = DecodeGroups(packed_, used_, target_.at, encoding_);
+    target_.at += bytes;
+    target_.room -= bytes;
     used_ = 0;
     return true;
   }
 
-  char* out_;
-  const char* end_;
+  kernels::TTarget target_;
   const TMailEncodingType encoding_;
   size_t used_ = 0;
   char packed_[4096];
 };
 
-// The last characters of the lines put together, the very last one second; NUL where there is none.
-std::array<char, 2> LastTwo(const TStringList& lines, size_t first, size_t end) noexcept {
-  std::array<char, 2> two{};
-  size_t missing = two.size();
-  while (missing > 0 && end > first) {
-    std::string_view line = lines[--end];
-    for (; missing > 0 && !line.empty(); line.remove_suffix(1)) two[--missing] = line.back();
-  }
-  return two;
-}
-
 }  // namespace
 
-bool DecodeLines(const TStringList& lines, size_t first, size_t end, void* target, size_t& capacity,
+bool DecodeLines(TBodyLines lines, void* target, size_t& capacity,
                  TMailEncodingType encoding) noexcept {
   char* const start = static_cast<char*>(target);
   TLineDecoder decoder(start, capacity, encoding);
-  if (!decoder.Decode(lines, first, end)) return false;
-  const auto [beforeLast, last] = LastTwo(lines, first, end);
+  if (!decoder.Decode(lines)) return false;
+  const auto [beforeLast, last] = lines.LastTwo();
   capacity = WithoutFill(static_cast<size_t>(decoder.End() - start), beforeLast, last);
   return true;
 }

@@ -9,7 +9,7 @@
 
 namespace quarda {
 
-class TStringList;
+class TBodyLines;
 
 /// Decodes quoted-printable text; in header mode "_" is a blank. A NUL ends the text, malformed
 /// escapes stay as they are. The result is never longer than the text.
@@ -37,19 +37,17 @@ bool BufferDecode(const char* source, size_t size, void* target, size_t& capacit
 std::string TextEncode(std::string_view text, TMailEncodingType encoding);
 std::string TextDecode(std::string_view text, TMailEncodingType encoding);
 
-/// `BufferDecode` of the lines from `first` up to `end` (exclusive) put together without line ends,
-/// which are never put together in memory. When the buffer turns out to be too small it may have
-/// been written to.
-bool DecodeLines(const TStringList& lines, size_t first, size_t end, void* target, size_t& capacity,
+/// `BufferDecode` of the lines put together without line ends, which are never put together in
+/// memory. When the buffer turns out to be too small it may have been written to.
+bool DecodeLines(TBodyLines lines, void* target, size_t& capacity,
                  TMailEncodingType encoding) noexcept;
 
-/// `QuotedPrintableToAnsi` (not in header mode) of the lines from `first` up to `end` (exclusive)
-/// joined with CR LF, which are never put together in memory.
-std::string DecodeQuotedPrintableLines(const TStringList& lines, size_t first, size_t end);
+/// `QuotedPrintableToAnsi` (not in header mode) of the lines joined with CR LF, which are never put
+/// together in memory.
+std::string DecodeQuotedPrintableLines(TBodyLines lines);
 /// The same into a buffer; at most `capacity` bytes are written. Returns the length of the whole
 /// decoded text, so a null buffer of capacity 0 asks for the size.
-size_t DecodeQuotedPrintableLines(const TStringList& lines, size_t first, size_t end, void* target,
-                                  size_t capacity);
+size_t DecodeQuotedPrintableLines(TBodyLines lines, void* target, size_t capacity);
 
 /// The value as one encoded word when it holds a control character or one above 127; otherwise the
 /// value itself.

@@ -31,17 +31,36 @@ bool Any(TBytes bytes) noexcept {
   return (words[0] | words[1]) != 0;
 }
 
-// The line ends in that many vectors, at most 255: each lane counts its own in a byte.
+TBytes LineEnds(const char* at) noexcept { return Load(at) == '\n'; }
+
+TBytes CrLfs(const char* at) noexcept { return (Load(at) == '\r') & (Load(at + 1) == '\n'); }
+
+// How many places match in that many vectors, at most 255: each lane counts its own in a byte.
+template <TBytes (*Match)(const char*) noexcept>
 size_t CountInSteps(const char*& at, size_t steps) noexcept {
   TCounts sums{};
-  for (size_t i = 0; i < steps; ++i, at += kWidth) {
-    sums -= std::bit_cast<TCounts>(Load(at) == '\n');
-  }
+  for (size_t i = 0; i < steps; ++i, at += kWidth) sums -= std::bit_cast<TCounts>(Match(at));
   size_t total = 0;
   for (const unsigned char sum : std::bit_cast<std::array<unsigned char, kWidth>>(sums)) {
     total += sum;
   }
   return total;
+}
+
+// Counts from the start of the text on, in whole vectors, each with `after` characters behind it;
+// the rest is cut out.
+template <TBytes (*Match)(const char*) noexcept>
+size_t CountInVectors(std::string_view& text, size_t after) noexcept {
+  const char* at = text.data();
+  size_t vectors = text.size() < after ? 0 : (text.size() - after) / kWidth;
+  size_t count = 0;
+  while (vectors > 0) {
+    const size_t steps = std::min<size_t>(vectors, 255);
+    count += CountInSteps<Match>(at, steps);
+    vectors -= steps;
+  }
+  text.remove_prefix(static_cast<size_t>(at - text.data()));
+  return count;
 }
 
 size_t FindPlainly(std::string_view text, size_t from) noexcept {
@@ -65,13 +84,14 @@ size_t FindDashLine(std::string_view text) noexcept {
 }
 
 size_t CountLineEnds(std::string_view text) noexcept {
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  size_t count = 0;
-  while (end - at >= static_cast<ptrdiff_t>(kWidth)) {
-    count += CountInSteps(at, std::min<size_t>(static_cast<size_t>(end - at) / kWidth, 255));
-  }
-  return count + static_cast<size_t>(std::count(at, end, '\n'));
+  const size_t count = CountInVectors<LineEnds>(text, 0);
+  return count + static_cast<size_t>(std::ranges::count(text, '\n'));
+}
+
+size_t CountCrLfs(std::string_view text) noexcept {
+  size_t count = CountInVectors<CrLfs>(text, 1);
+  for (size_t at = 0; (at = text.find("\r\n", at)) != std::string_view::npos; at += 2) ++count;
+  return count;
 }
 
 }  // namespace quarda

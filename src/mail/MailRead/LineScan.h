@@ -13,6 +13,9 @@ size_t FindDashLine(std::string_view text) noexcept;
 /// How many LFs the text holds.
 size_t CountLineEnds(std::string_view text) noexcept;
 
+/// How many of them stand behind a CR.
+size_t CountCrLfs(std::string_view text) noexcept;
+
 /// Cuts the first line off the text and returns it without its LF or CR LF. A lone CR is part of
 /// the line.
 inline std::string_view TakeLine(std::string_view& text) noexcept {

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "AsciiText.h"
+#include "BodyLines.h"
 #include "Encodings.h"
 #include "MailPart.h"
 
@@ -19,26 +20,6 @@ TMailEncodingType Alphabet(mail::TEncodeType encoding) noexcept {
 
 bool StartsWith(std::string_view line, std::string_view word) noexcept {
   return SameAscii(line.substr(0, word.size()), word);
-}
-
-size_t TotalSize(const TStringList& lines, size_t first, size_t end) noexcept {
-  size_t size = 0;
-  for (size_t i = first; i < end; ++i) size += lines[i].size();
-  return size;
-}
-
-// Copies the lines with a separator between them and returns their length; a null target only
-// counts.
-size_t JoinLines(const TStringList& lines, size_t first, size_t end, std::string_view separator,
-                 char* target) noexcept {
-  if (first >= end) return 0;
-  const size_t size = TotalSize(lines, first, end) + (end - first - 1) * separator.size();
-  if (!target) return size;
-  for (size_t i = first; i < end; ++i) {
-    if (i > first) target = std::copy(separator.begin(), separator.end(), target);
-    target = std::copy(lines[i].begin(), lines[i].end(), target);
-  }
-  return size;
 }
 
 // What stands between the lines of the raw content.
@@ -69,24 +50,28 @@ std::pair<size_t, size_t> FramedLines(const TStringList& lines) {
 
 }  // namespace
 
-// The lines that hold the encoded content, from the first up to the second (exclusive).
-std::pair<size_t, size_t> TMailPart::EncodedLines(mail::TEncodeType encoding) {
-  const TStringList& lines = GetBody();
-  if (encoding == mail::eUUE) return FramedLines(lines);
-  return {0, lines.Count()};
+// The lines that hold the encoded content. A body that nobody has asked for as a list is read from
+// its text: the list would cost more than the text where lines are short.
+TBodyLines TMailPart::EncodedLines(mail::TEncodeType encoding) {
+  if (encoding == mail::eUUE) {
+    const TStringList& lines = GetBody();
+    const auto [first, end] = FramedLines(lines);
+    return {lines, first, end};
+  }
+  LoadBody();
+  return body_ == TBodyState::kText ? TBodyLines(text_) : TBodyLines(Lines());
 }
 
 size_t TMailPart::GetFileContent(void* buffer) {
   const mail::TEncodeType encoding = GetEncodeType();
-  const auto [first, end] = EncodedLines(encoding);
-  return JoinLines(*lines_, first, end, Separator(encoding), static_cast<char*>(buffer));
+  return EncodedLines(encoding).Join(Separator(encoding), static_cast<char*>(buffer));
 }
 
 std::string TMailPart::GetFileContent() {
   const mail::TEncodeType encoding = GetEncodeType();
-  if (encoding != mail::eUUE) return GetBody().SeparateText(Separator(encoding));
-  std::string content(GetFileContent(nullptr), '\0');
-  GetFileContent(content.data());
+  const TBodyLines lines = EncodedLines(encoding);
+  std::string content(lines.Join(Separator(encoding), nullptr), '\0');
+  lines.Join(Separator(encoding), content.data());
   return content;
 }
 
@@ -99,39 +84,30 @@ mail::TEncodeType TMailPart::RequireDecodable() const {
 
 size_t TMailPart::DecodedContent(void* buffer) {
   const mail::TEncodeType encoding = RequireDecodable();
-  const auto [first, end] = EncodedLines(encoding);
+  const TBodyLines lines = EncodedLines(encoding);
   switch (encoding) {
     case mail::eQuotedPrintable:
-      return DecodeQuotedPrintableLines(*lines_, first, end, buffer, buffer ? SIZE_MAX : 0);
+      return DecodeQuotedPrintableLines(lines, buffer, buffer ? SIZE_MAX : 0);
     case mail::eBase64:
     case mail::eUUE: {
-      size_t size = CalcDecodeBufSize(TotalSize(*lines_, first, end));
-      if (!buffer) return size;
-      if (!DecodeLines(*lines_, first, end, buffer, size, Alphabet(encoding))) {
+      if (!buffer) return CalcDecodeBufSize(lines.CountCharacters());
+      size_t size = SIZE_MAX;  // the caller has asked for it, and made the buffer large enough
+      if (!DecodeLines(lines, buffer, size, Alphabet(encoding))) {
         throw EMailDecodeError("Error decoding mail part.");
       }
       return size;
     }
     default:
-      return GetFileContent(buffer);
+      return lines.Join(Separator(encoding), static_cast<char*>(buffer));
   }
 }
 
 std::string TMailPart::DecodedContent() {
-  switch (RequireDecodable()) {
-    case mail::eQuotedPrintable: {
-      const TStringList& lines = GetBody();
-      return DecodeQuotedPrintableLines(lines, 0, lines.Count());
-    }
-    case mail::eBase64:
-    case mail::eUUE: {
-      std::string content(DecodedContent(nullptr), '\0');
-      content.resize(DecodedContent(content.data()));
-      return content;
-    }
-    default:
-      return GetFileContent();
-  }
+  const mail::TEncodeType encoding = RequireDecodable();
+  if (encoding == mail::eQuotedPrintable) return DecodeQuotedPrintableLines(EncodedLines(encoding));
+  std::string content(DecodedContent(nullptr), '\0');
+  content.resize(DecodedContent(content.data()));
+  return content;
 }
 
 void TMailPart::DecodedContentStream(TStream& stream) {

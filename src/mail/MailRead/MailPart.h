@@ -18,6 +18,7 @@
 
 namespace quarda {
 
+class TBodyLines;
 class TMail;
 class TMailPart;
 class TStream;
@@ -166,7 +167,7 @@ class TMailPart {
   TListing Classify(std::string* boundary = nullptr) const;
   std::string Parameter(std::string_view field, std::string_view name) const;
   void SetParameter(std::string_view name, std::string_view value);
-  std::pair<size_t, size_t> EncodedLines(mail::TEncodeType encoding);
+  TBodyLines EncodedLines(mail::TEncodeType encoding);
   mail::TEncodeType RequireDecodable() const;
 
   bool modified_ = false;

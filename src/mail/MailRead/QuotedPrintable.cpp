@@ -1,12 +1,11 @@
 // Quoted-printable in bodies and header words. The decoder copies whole runs up to the next escape
 // and can stop at any place of the text, so that lines are decoded block by block; every character
 // is read once.
-#include <StringList.h>
-
 #include <algorithm>
 #include <cstring>
 #include <optional>
 
+#include "BodyLines.h"
 #include "EncodingKernels.h"
 #include "Encodings.h"
 
@@ -15,6 +14,7 @@ namespace {
 
 // "=" and two digits.
 constexpr size_t kEscapeSize = 3;
+constexpr std::string_view kLineEnd = "\r\n";
 
 class TQuotedPrintableDecoder {
  public:
@@ -66,7 +66,7 @@ class TQuotedPrintableDecoder {
 
 // Hands the decoded text of the joined lines to `sink(data, size)`, block by block.
 template <class TSink>
-void DecodeJoinedLines(const TStringList& lines, size_t first, size_t end, TSink sink) {
+void DecodeJoinedLines(TBodyLines lines, TSink sink) {
   char packed[8192];
   char decoded[sizeof packed];
   size_t used = 0;
@@ -87,17 +87,12 @@ void DecodeJoinedLines(const TStringList& lines, size_t first, size_t end, TSink
       if (used == sizeof packed) flush(false);
     }
   };
-  for (size_t i = first; i < end && !decoder.HasEnded(); ++i) {
-    if (i > first) add("\r\n");
-    add(lines[i]);
+  std::string_view line;
+  for (bool isFirst = true; !decoder.HasEnded() && lines.Next(line); isFirst = false) {
+    if (!isFirst) add(kLineEnd);
+    add(line);
   }
   flush(true);
-}
-
-size_t JoinedSize(const TStringList& lines, size_t first, size_t end) noexcept {
-  size_t size = 0;
-  for (size_t i = first; i < end; ++i) size += lines[i].size() + 2;
-  return size;
 }
 
 void AppendEscape(std::string& text, unsigned char c) {
@@ -124,18 +119,16 @@ std::string QuotedPrintableToAnsi(std::string_view text, bool headerMode) {
   return result;
 }
 
-std::string DecodeQuotedPrintableLines(const TStringList& lines, size_t first, size_t end) {
+std::string DecodeQuotedPrintableLines(TBodyLines lines) {
   std::string result;
-  result.reserve(JoinedSize(lines, first, end));
-  DecodeJoinedLines(lines, first, end,
-                    [&](const char* data, size_t size) { result.append(data, size); });
+  result.reserve(lines.Join(kLineEnd, nullptr));
+  DecodeJoinedLines(lines, [&](const char* data, size_t size) { result.append(data, size); });
   return result;
 }
 
-size_t DecodeQuotedPrintableLines(const TStringList& lines, size_t first, size_t end, void* target,
-                                  size_t capacity) {
+size_t DecodeQuotedPrintableLines(TBodyLines lines, void* target, size_t capacity) {
   size_t total = 0;
-  DecodeJoinedLines(lines, first, end, [&](const char* data, size_t size) {
+  DecodeJoinedLines(lines, [&](const char* data, size_t size) {
     const size_t fits = std::min(size, capacity - std::min(capacity, total));
     if (fits > 0) std::memcpy(static_cast<char*>(target) + total, data, fits);
     total += size;
