@@ -12,8 +12,7 @@ class TTextBlock {
  public:
   TTextBlock() = default;
   /// An uninitialised block of `size` bytes.
-  explicit TTextBlock(size_t size)
-      : bytes_(std::make_shared_for_overwrite<char[]>(size)), size_(size) {}
+  explicit TTextBlock(size_t size);
 
   char* Data() const noexcept { return bytes_.get(); }
   size_t Size() const noexcept { return size_; }

@@ -1,7 +1,9 @@
 #include "Memory.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/sysinfo.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -41,6 +43,18 @@ uint64_t AvailablePhysicalMemory() noexcept {
   const uint64_t free = ::sysinfo(&info) == 0 ? uint64_t{info.freeram} * info.mem_unit : 0;
   if (free >= kEnough) return free;
   return std::max(free, posix::OrElse(uint64_t{0}, EstimateWithCaches));
+}
+
+// A system that knows one of the two hints only follows that one.
+void ProvideMemory(void* start, size_t size) noexcept {
+  constexpr int kPopulateForWriting = 23;  // MADV_POPULATE_WRITE, younger than the headers may be
+  const auto page = static_cast<uintptr_t>(::sysconf(_SC_PAGESIZE));
+  const uintptr_t begin = (reinterpret_cast<uintptr_t>(start) + page - 1) / page * page;
+  const uintptr_t end = (reinterpret_cast<uintptr_t>(start) + size) / page * page;
+  if (begin >= end) return;
+  for (const int hint : {MADV_HUGEPAGE, kPopulateForWriting}) {
+    ::madvise(reinterpret_cast<void*>(begin), end - begin, hint);
+  }
 }
 
 }  // namespace quarda::platform
