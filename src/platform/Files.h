@@ -53,6 +53,10 @@ bool DuplicateFile(std::string_view from, std::string_view to) noexcept;
 /// Clears all attributes, so that a read-only file can be replaced.
 bool ClearAttributes(std::string_view path) noexcept;
 
+/// Forces the names that were made, changed and removed in the folder to the disk, where the system
+/// can do that.
+bool FlushFolder(std::string_view path) noexcept;
+
 /// Last write as a packed DOS date and time in local time; nothing when the file does not exist.
 std::optional<uint32_t> FileStamp(std::string_view path) noexcept;
 bool SetFileStamp(std::string_view path, uint32_t stamp) noexcept;

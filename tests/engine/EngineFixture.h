@@ -62,6 +62,8 @@ class TEngineTest : public testing::Test {
   std::string BasePath(std::string_view name) const {
     return Path("base") + "\\" + std::string(name);
   }
+  /// The test's folder as this system writes it.
+  const std::filesystem::path& Native() const { return native_; }
   void Write(const std::string& path, std::string_view content) const;
   std::string Read(const std::string& path) const { return platform::ReadWholeFile(path); }
   /// Writes a mail file and returns its path.

@@ -92,6 +92,12 @@ TEST_F(InformTest, ReportsTheMailAndLeavesANotice) {
   EXPECT_EQ(Read(Path("mails\\z\\In_00002.mai")),
             start + "found $nope$ " + kFields + kAttachment + whole + kEnd);
   EXPECT_FALSE(LogHas("QDVirusAdminMail"));
+
+  std::filesystem::current_path(Native() / "mails");
+  Write("in_1.inp", whole);
+  EXPECT_EQ(Scan("in_1.inp"), 0);
+  EXPECT_EQ(Read(Path("mails\\z\\In_00003.mai")), Read(Path("mails\\z\\In_00002.mai")));
+  std::filesystem::current_path("/");
 }
 
 TEST_F(InformTest, SomeMailsAreNotReported) {
@@ -134,11 +140,11 @@ TEST_F(InformTest, QuarantinedFilesMoveToTheAdministrator) {
   Mail("mails\\1.vir", "one");
   Mail("mails\\B.VIR", "two");
   platform::CreateFolders(Path("mails\\c.vir"));
-  Mail("mails\\z\\In_00002.mai", "kept");
+  Mail("mails\\z\\IN_00002.MAI", "kept");
   Settings("[Common]\r\nAdminAddress=Admin@Home\r\n[Logging]\r\nLogMode=4\r\n");
   Plugin("Pass").confirm = [](const std::string&, bool, bool passed) { return passed; };
   EXPECT_EQ(ScanText(kVirus, "out_1.inp"), 0);
-  EXPECT_EQ(Account(), "Admin@Home In_00001.mai In_00002.mai In_00003.mai ");
+  EXPECT_EQ(Account(), "Admin@Home In_00001.mai IN_00002.MAI In_00003.mai ");
   EXPECT_EQ(Read(Path("mails\\z\\In_00001.mai")), "one");
   EXPECT_EQ(Read(Path("mails\\z\\In_00003.mai")), "two");
   EXPECT_TRUE(

@@ -244,6 +244,15 @@ bool ClearAttributes(std::string_view path) noexcept {
   });
 }
 
+bool FlushFolder(std::string_view path) noexcept {
+  return OrElse(false, [&] {
+    return OnExisting(path, [](const std::string& native) {
+             const TDescriptor folder(OpenFile(native, O_RDONLY | O_DIRECTORY));
+             return folder ? FlushFile(folder.Get()) : -1;
+           }) == 0;
+  });
+}
+
 std::optional<uint32_t> FileStamp(std::string_view path) noexcept {
   return OrElse(std::optional<uint32_t>(), [&]() -> std::optional<uint32_t> {
     struct stat info;

@@ -14,8 +14,33 @@ namespace {
 // A name that was taken may be free again when we look, so a failure alone proves nothing.
 constexpr int kFailuresAllowed = 3;
 
-bool IsTaken(std::string_view path) noexcept {
-  return platform::FileExists(path) || platform::FolderExists(path);
+// What has the name where a copy grows.
+constexpr const char* kUnfinished = ".tmp";
+
+bool IsTaken(std::string_view path) { return platform::FindFile(path).has_value(); }
+
+// Stops at the name that the file cannot be given though nothing has it.
+std::optional<std::string> RenameToFreeName(std::string_view source, TNumberedNames& names) {
+  for (; auto target = names.Next(); ++names.next) {
+    if (IsTaken(*target)) continue;
+    if (platform::RenameFile(source, *target)) return target;
+    if (!IsTaken(*target)) break;  // else another process was faster
+  }
+  return std::nullopt;
+}
+
+[[noreturn]] void RaiseCannotMove(std::string_view source, std::string_view target) {
+  throw EError(FillIn("Cannot move \"%s\" to \"%s\".", {source, target}));
+}
+
+std::optional<std::string> CopyToFreeName(std::string_view source, TNumberedNames& names) {
+  TTempFile copy({names.prefix, names.digits, kUnfinished, 1, names.last}, {});
+  if (!platform::DuplicateFile(source, copy.Path())) RaiseCannotMove(source, copy.Path());
+  auto target = copy.MoveTo(names);
+  if (!target) return std::nullopt;
+  platform::ClearAttributes(source);
+  platform::RemoveFile(source);
+  return target;
 }
 
 }  // namespace
@@ -41,33 +66,35 @@ TTempFile::TNewFile TTempFile::Create(TNumberedNames& names) {
   throw EError("No free number for a file \"" + names.prefix + "\".");
 }
 
-TTempFile::TTempFile(TNumberedNames names, std::string_view content,
-                     platform::TDurability durability)
-    : TTempFile(Create(names), content, durability) {}
+TTempFile::TTempFile(TNumberedNames names, std::string_view content)
+    : TTempFile(Create(names), content) {}
 
 TTempFile::TTempFile(const TNewFile& file) : path_(file.path) {}
 
 // The file exists already; with the first constructor done, a failing write removes it again.
-TTempFile::TTempFile(TNewFile file, std::string_view content, platform::TDurability durability)
-    : TTempFile(file) {
-  file.file.Write(content.data(), content.size());
-  if (durability == platform::TDurability::kFlushed) file.file.Flush();
+TTempFile::TTempFile(TNewFile file, std::string_view content) : TTempFile(file) {
+  if (!content.empty()) file.file.Write(content.data(), content.size());
 }
 
 TTempFile::~TTempFile() {
-  if (platform::RemoveFile(path_)) return;
+  if (path_.empty() || platform::RemoveFile(path_)) return;
   platform::ClearAttributes(path_);
   platform::RemoveFile(path_);
 }
 
-std::optional<std::string> MoveToFreeName(std::string_view source, TNumberedNames& names) {
-  for (; auto target = names.Next(); ++names.next) {
-    if (platform::RenameFile(source, *target)) return target;
-    if (IsTaken(*target)) continue;
-    if (MoveFile(source, *target)) return target;
-    throw EError(FillIn("Cannot move \"%s\" to \"%s\".", {source, *target}));
+std::optional<std::string> TTempFile::MoveTo(TNumberedNames& names) {
+  auto target = RenameToFreeName(path_, names);
+  if (target) {
+    path_.clear();  // whoever takes that name from now on keeps it
+  } else if (const auto refused = names.Next()) {
+    RaiseCannotMove(path_, *refused);
   }
-  return std::nullopt;
+  return target;
+}
+
+std::optional<std::string> MoveToFreeName(std::string_view source, TNumberedNames& names) {
+  auto target = RenameToFreeName(source, names);
+  return target || !names.Next() ? target : CopyToFreeName(source, names);
 }
 
 }  // namespace quarda

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -70,19 +71,25 @@ TNumberedNames MailFileNames(IQuardaInstance& instance) {
   return {TempPath(instance, incoming ? "In_" : "Out_"), 5, ".inp"};
 }
 
-// Keeps the mail-type file of the running scan aside while nested scans write their own.
+// Keeps the mail-type file of the running scan aside while nested scans write their own. Other
+// engines write and move the same file: what they took away cannot be kept, and what they put in
+// its place is newer than what was kept. Neither may hinder the scan.
 class TMailTypeAside {
  public:
   explicit TMailTypeAside(std::string path) : path_(std::move(path)) {
     if (!platform::FileExists(path_)) return;
     TNumberedNames names{ChangeFileExt(path_, "."), 3, ""};
-    saved_ = MoveToFreeName(path_, names);
+    try {
+      saved_ = MoveToFreeName(path_, names);
+    } catch (const std::exception&) {
+      // The nested scans replace it.
+    }
   }
   TMailTypeAside(const TMailTypeAside&) = delete;
   TMailTypeAside& operator=(const TMailTypeAside&) = delete;
   ~TMailTypeAside() {
     platform::RemoveFile(path_);
-    if (saved_) platform::RenameFile(*saved_, path_);
+    if (saved_ && !platform::RenameFile(*saved_, path_)) platform::RemoveFile(*saved_);
   }
 
  private:

@@ -6,7 +6,9 @@
 #include <Utils.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -38,13 +40,14 @@ constexpr std::string_view kReasonMacro = "$VIRUSREASON$";
 /// In the subject of a mail that was a notification before.
 constexpr std::string_view kVirusSubject = "VIRUS: ";
 constexpr int32_t kLastMailNumber = 99997;
+constexpr size_t kCopyBlock = 256 << 10;
 
 TNumberedNames MailNames(const std::string& accountDir, std::string suffix = ".mai") {
   return {accountDir + "\\In_", 5, std::move(suffix), 1, kLastMailNumber};
 }
 
 std::string MailFolder(IQuardaInstance& instance) {
-  return ExtractFileDir(instance.GetArguments()->GetFilename());
+  return ExtractFileDir(platform::FullPath(instance.GetArguments()->GetFilename()));
 }
 
 std::string BasePath(IQuardaInstance& instance, std::string_view name) {
@@ -108,6 +111,28 @@ constexpr std::string_view kAttachedMailHeader =
     "\r\n";
 constexpr std::string_view kReportEnd = "------=_NextPart_Quarda--\r\n";
 
+/// Appends the bytes of a file, of whatever size; returns whether a line ends with the last one.
+bool AppendFile(platform::TFile& target, std::string_view path) {
+  platform::TFile source(path, platform::TOpenMode::kRead);
+  std::string buffer(kCopyBlock, '\0');
+  char last = '\0';
+  while (const size_t size = source.Read(buffer.data(), buffer.size())) {
+    target.Write(buffer.data(), size);
+    last = buffer[size - 1];
+  }
+  return last == '\n';
+}
+
+/// All of the report that begins with these lines, down to the disk.
+void WriteReportTo(std::string_view path, std::string_view beginning, std::string_view virusMail) {
+  platform::TFile report(path, platform::TOpenMode::kAppend);
+  report.Write(beginning.data(), beginning.size());
+  const std::string_view lineEnd = AppendFile(report, virusMail) ? "" : "\r\n";
+  const std::string end = Concat({lineEnd, kReportEnd});
+  report.Write(end.data(), end.size());
+  report.Flush();
+}
+
 /// The mail that the recipient gets in place of the virus mail.
 TRef<IMail> MakeNotice(IQuardaInstance& instance, IMail& mail) {
   constexpr std::string_view kEmptyMail = "\r\n";
@@ -135,7 +160,7 @@ bool HoldsAddress(const TRef<IStringList>& list, const std::string& address) {
 std::string TPluginInformOnVirus::FindMailAdminDir(IQuardaInstance& instance) {
   const std::string address = instance.GetConfig()->GetAdminAddress().Str();
   const std::string mailFolder = MailFolder(instance);
-  if (address.empty() || mailFolder.empty()) return {};
+  if (address.empty()) return {};
   for (const platform::TFileRecord& entry : platform::FindFiles(JoinPath(mailFolder, "*"))) {
     if ((entry.attributes & platform::kFolder) == 0) continue;
     std::string account = JoinPath(mailFolder, entry.name);
@@ -166,9 +191,19 @@ void TPluginInformOnVirus::MoveQuarantined(IQuardaInstance& instance) {
   const std::string mailFolder = MailFolder(instance);
   for (const platform::TFileRecord& file : platform::FindFiles(JoinPath(mailFolder, "*.vir"))) {
     if ((file.attributes & platform::kFolder) != 0) continue;
-    const auto moved = MoveToFreeName(JoinPath(mailFolder, file.name), names);
-    if (!moved) return;
-    instance.LogDebug(this, FillIn(kMoved, {ExtractFileName(*moved)}));
+    if (!MoveToAdmin(instance, JoinPath(mailFolder, file.name), names)) return;
+  }
+}
+
+// False when no name is left. A file that cannot be moved does not hold up those behind it.
+bool TPluginInformOnVirus::MoveToAdmin(IQuardaInstance& instance, const std::string& file,
+                                       TNumberedNames& names) {
+  try {
+    const auto moved = MoveToFreeName(file, names);
+    if (moved) instance.LogDebug(this, FillIn(kMoved, {ExtractFileName(*moved)}));
+    return moved.has_value();
+  } catch (const std::exception&) {
+    return true;
   }
 }
 
@@ -225,19 +260,19 @@ void TPluginInformOnVirus::Inform(IQuardaInstance& instance, const std::string& 
 
 bool TPluginInformOnVirus::WriteReport(IQuardaInstance& instance, IMail& mail,
                                        const std::string& adminDir) {
-  const std::string virusMail = platform::ReadWholeFile(mail.GetMailFileName());
-  const std::string_view lineEnd = virusMail.ends_with('\n') ? "" : "\r\n";
-  const std::string report =
-      Concat({ReportHeader(mail), ReportText(instance, mail), HeaderLines(*mail.GetHeader()),
-              kAttachedMailHeader, virusMail, lineEnd, kReportEnd});
   // The server takes every ".mai" file for a mail, so it gets that name when it is one.
-  const TTempFile file(MailNames(adminDir, ".tmp"), report, platform::TDurability::kFlushed);
+  TTempFile file(MailNames(adminDir, ".tmp"), {});
+  WriteReportTo(file.Path(),
+                Concat({ReportHeader(mail), ReportText(instance, mail),
+                        HeaderLines(*mail.GetHeader()), kAttachedMailHeader}),
+                mail.GetMailFileName());
   TNumberedNames names = MailNames(adminDir);
-  const auto mailFile = MoveToFreeName(file.Path(), names);
+  const auto mailFile = file.MoveTo(names);
   if (!mailFile) {
     instance.LogError(this, kTooManyMails);
     return false;
   }
+  platform::FlushFolder(adminDir);
   if (AddMailFileToMailDb(instance, *mailFile, {})) return true;
   platform::RemoveFile(*mailFile);
   instance.LogError(this, kNotRegistered);

@@ -8,6 +8,8 @@
 
 namespace quarda {
 
+struct TNumberedNames;
+
 /// Every scan moves the quarantined files of the mail folder into the administrator's account. An
 /// incoming virus mail is reported there, whole, and its file becomes a notice to its recipient. A
 /// process killed at any moment leaves the virus mail, or the report, or both.
@@ -29,6 +31,7 @@ class TPluginInformOnVirus final : public TPlugin {
 
  private:
   void MoveQuarantined(IQuardaInstance& instance);
+  bool MoveToAdmin(IQuardaInstance& instance, const std::string& file, TNumberedNames& names);
   bool IsWanted(IQuardaInstance& instance);
   bool IsToAdmin(IQuardaInstance& instance, IMail& mail);
   void Inform(IQuardaInstance& instance, const std::string& adminDir);

@@ -1,0 +1,181 @@
+// What becomes of mails when the engine is killed, when calls fail, and when folders lie on
+// different file systems.
+#include <FileFaults.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <fstream>
+
+#include "EngineFixture.h"
+
+namespace quarda::test {
+namespace {
+
+const char kVirus[] = "To: user@home\r\nSubject: s\r\n\r\nEVIL\r\n";
+
+/// The device that a path lies on; none for a path that does not exist.
+dev_t DeviceOf(const std::filesystem::path& path) {
+  struct stat info {};
+  return ::stat(path.c_str(), &info) == 0 ? info.st_dev : 0;
+}
+
+class LostFilesTest : public TEngineTest {
+ protected:
+  LostFilesTest() : other_("/dev/shm" / Native().filename()) {
+    Settings(
+        "[Common]\r\nInformOnVirus=1\r\nAdminAddress=admin@home\r\n[Logging]\r\nLogMode=4\r\n");
+    Write(BasePath("QDVirusMail.txt"), "Bad.\r\n");
+    std::filesystem::create_directories(Native() / "mails/z");
+    Write(Path("mails\\z\\admin@home"), "");
+    Plugin("Judge").execute = [this](IQuardaInstance& scan) {
+      return Read(scan.GetArguments()->GetFilename().Str()).find("EVIL") == std::string::npos;
+    };
+  }
+  ~LostFilesTest() override { std::filesystem::remove_all(other_); }
+
+  /// Moves the administrator's account to another file system; false when there is none.
+  bool MoveAccountAway() {
+    const dev_t device = DeviceOf("/dev/shm");
+    if (device == 0 || device == DeviceOf(Native())) return false;
+    std::filesystem::create_directories(other_);
+    std::ofstream(other_ / "admin@home");
+    std::filesystem::remove_all(Native() / "mails/z");
+    std::filesystem::create_symlink(other_, Native() / "mails/z");
+    return true;
+  }
+  /// Name and content of every mail in the account.
+  std::string Account() const {
+    std::string mails;
+    for (const auto& file : platform::FindFiles(Path("mails\\z\\*.mai"))) {
+      mails += file.name + ":" + Read(Path("mails\\z\\") + file.name) + ";";
+    }
+    return mails;
+  }
+  void EmptyAccount() const {
+    for (const auto& file : platform::FindFiles(Path("mails\\z\\In_*"))) {
+      platform::RemoveFile(Path("mails\\z\\") + file.name);
+    }
+  }
+  std::string NamesIn(const std::string& pattern) const {
+    std::string names;
+    for (const auto& file : platform::FindFiles(pattern)) names += file.name + " ";
+    return names;
+  }
+  /// Puts two files into quarantine, one of them read-only.
+  void Quarantine() const {
+    for (const std::string name : {"1", "2"}) {
+      platform::RemoveFile(Path("mails\\") + name + ".vir");
+      Write(Path("mails\\") + name + ".vir", "quarantined " + name);
+    }
+    std::filesystem::permissions(Native() / "mails/1.vir", std::filesystem::perms::owner_read);
+  }
+  const std::string moved_ = "In_00001.mai:quarantined 1;In_00002.mai:quarantined 2;";
+
+ private:
+  const std::filesystem::path other_;
+};
+
+TEST_F(LostFilesTest, KilledWhileItReportsAMail) {
+  const std::string mail = Mail("mails\\in_1.inp", kVirus);
+  EXPECT_EQ(Scan(mail), 0);
+  const std::string notice = Read(mail);
+  const std::string report = Account();
+  ASSERT_TRUE(notice != kVirus && !report.empty());
+  int between = 0;
+  for (int n = 1;; ++n) {
+    SCOPED_TRACE(n);
+    EmptyAccount();
+    Write(mail, kVirus);
+    if (!DiesAtFileCall(n, [&] { Scan(mail); })) break;
+    const bool isReported = !Account().empty();
+    EXPECT_TRUE(!isReported || Account() == report) << Account();
+    EXPECT_TRUE(Read(mail) == kVirus || (isReported && Read(mail) == notice)) << Read(mail);
+    if (isReported && Read(mail) == kVirus) ++between;
+  }
+  EXPECT_GT(between, 0);
+}
+
+TEST_F(LostFilesTest, KilledWhileItEmptiesTheQuarantine) {
+  if (!MoveAccountAway()) GTEST_SKIP() << "no second file system";
+  const std::string mail = Mail("mails\\out_1.inp");
+  bool died = true;
+  for (int n = 1; died; ++n) {
+    SCOPED_TRACE(n);
+    EmptyAccount();
+    Quarantine();
+    died = DiesAtFileCall(n, [&] { Scan(mail); });
+    const std::string account = Account();
+    for (const std::string name : {"1", "2"}) {
+      const bool stays = platform::FileExists(Path("mails\\") + name + ".vir");
+      EXPECT_TRUE(stays || account.find(":quarantined " + name + ";") != account.npos) << name;
+    }
+    EXPECT_TRUE(account == moved_ || moved_.starts_with(account) ||
+                account.starts_with("In_00001.mai:quarantined 1;"))
+        << account;
+  }
+  EXPECT_EQ(NamesIn(Path("mails\\*.vir")) + Account(), moved_);
+  EXPECT_EQ(NamesIn(Path("mails\\z\\*.tmp")), "");
+}
+
+TEST_F(LostFilesTest, OneFileThatStaysHoldsUpNoOther) {
+  Quarantine();
+  const std::string mail = Mail("mails\\out_1.inp");
+  int renames = 0;
+  const TFileFaults faults([&](std::string_view call) {
+    return call == "renameat2" && ++renames <= 2 ? EACCES : 0;  // in place, and as a copy
+  });
+  Scan(mail);
+  EXPECT_EQ(NamesIn(Path("mails\\*.vir")) + Account(), "1.vir In_00001.mai:quarantined 2;");
+}
+
+TEST_F(LostFilesTest, TheFilesOfOtherEnginesStay) {
+  int flushes = 0;
+  const std::string mail = Mail("mails\\in_1.inp", kVirus);
+  const TFileFaults faults([&](std::string_view call) {
+    if (call == "fsync" && ++flushes == 2) {  // the report has its final name
+      std::ofstream(Native() / "mails/z/In_00001.tmp") << "another report";
+    }
+    return 0;
+  });
+  Scan(mail);
+  EXPECT_EQ(NamesIn(Path("mails\\z\\In*")), "In_00001.mai In_00001.tmp ");
+}
+
+TEST_F(LostFilesTest, NoNumberIsLeft) {
+  MoveAccountAway();  // where files cost less
+  for (int number = 1; number <= 99997; ++number) {
+    char name[32];
+    std::snprintf(name, sizeof name, "mails/z/In_%05d.mai", number);
+    std::ofstream(Native() / name);
+  }
+  Quarantine();
+  EXPECT_EQ(Scan(Mail("mails\\in_1.inp", kVirus)), 1);
+  EXPECT_EQ(Read(Path("mails\\in_1.inp")), kVirus);
+  EXPECT_EQ(NamesIn(Path("mails\\*.vir")) + NamesIn(Path("mails\\z\\*.tmp")), "1.vir 2.vir ");
+  const std::string log = Read(BasePath("Quarda.log"));
+  EXPECT_NE(log.find("Error\tInformOnVirus\tToo many mails in mail folder. No user inform mail "
+                     "generated.\r\n"),
+            log.npos);
+  EXPECT_NE(log.find("InformOnVirus\tpassed"), log.npos);
+}
+
+// The mail-type file is moved aside with one rename, put back with another; two more come between.
+TEST_F(LostFilesTest, AttachedMailsAreScannedWhateverBecomesOfTheMailType) {
+  Settings("");
+  const std::string mail = Mail("in_1.inp",
+                                "Subject: s\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n"
+                                "--b\r\nContent-Disposition: attachment; filename=m.eml\r\n\r\n" +
+                                    std::string(kVirus) + "\r\n--b--\r\n");
+  for (const int failing : {1, 4}) {
+    SCOPED_TRACE(failing);
+    int renames = 0;
+    const TFileFaults faults([&](std::string_view call) {
+      return call == "renameat2" && ++renames >= failing ? EACCES : 0;
+    });
+    EXPECT_EQ(Scan(mail), 1);
+    EXPECT_EQ(NamesIn(BasePath("Temp\\Quarda.0*")) + NamesIn(BasePath("Temp\\In*")), "");
+  }
+}
+
+}  // namespace
+}  // namespace quarda::test
