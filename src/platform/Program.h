@@ -1,6 +1,7 @@
 // This process: its program, its arguments, the module the engine's code lies in.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,8 @@ std::string ProgramFolder();
 /// The arguments as the system splits them; argument 0 is the program path. An argument that is an
 /// absolute native path of an existing file or folder comes in the Windows form.
 std::vector<std::string> ProgramArguments();
+/// The number by which the system knows this process.
+uint32_t ProcessId() noexcept;
 /// The full path of the module (library or program) that holds this code.
 std::string ModulePath();
 

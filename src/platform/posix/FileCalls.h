@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace quarda::platform::posix {
 
@@ -61,6 +62,7 @@ class TDescriptor {
  public:
   TDescriptor() = default;
   explicit TDescriptor(int file) noexcept : file_(file) {}
+  TDescriptor(TDescriptor&& other) noexcept : file_(std::exchange(other.file_, -1)) {}
   TDescriptor(const TDescriptor&) = delete;
   TDescriptor& operator=(const TDescriptor&) = delete;
   ~TDescriptor() {

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <link.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
@@ -59,7 +60,7 @@ std::string ProgramFolder() {
 
 std::vector<std::string> ProgramArguments() {
   std::vector<std::string> arguments{ProgramPath()};
-  const std::string text = ReadCommandLine();
+  static const std::string text = ReadCommandLine();
   size_t start = text.find('\0');
   while (start != std::string::npos && ++start < text.size()) {
     const size_t end = text.find('\0', start);
@@ -68,6 +69,8 @@ std::vector<std::string> ProgramArguments() {
   }
   return arguments;
 }
+
+uint32_t ProcessId() noexcept { return static_cast<uint32_t>(::getpid()); }
 
 std::string ModulePath() {
   static const char inThisModule = 0;
