@@ -1,0 +1,111 @@
+#include "ResidentEngine.h"
+
+#include <NamedObjects.h>
+#include <PlatformError.h>
+#include <Program.h>
+#include <SharedMMFMem.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "Application.h"
+
+namespace quarda {
+namespace {
+
+constexpr uint32_t kTimerMilliseconds = 1000;
+constexpr int32_t kDefaultIdleMinutes = 2;
+constexpr double kMinutesPerDay = 1440;
+
+double Now(const TEngineEnvironment& environment) {
+  return platform::ToDateTime(environment.clock->Now());
+}
+
+/// The record, in shared memory for as long as this lives.
+class TSharedRecord {
+ public:
+  TSharedRecord()
+      : block_(
+            SharedAllocMem(kSharedMemoryName, sizeof(SharedEngineRecord), platform::kMemoryAll)) {}
+  TSharedRecord(const TSharedRecord&) = delete;
+  TSharedRecord& operator=(const TSharedRecord&) = delete;
+  ~TSharedRecord() { SharedFreeMem(block_); }
+
+  SharedEngineRecord* Get() const noexcept { return static_cast<SharedEngineRecord*>(block_); }
+
+ private:
+  void* block_;
+};
+
+std::string CommandLineOf(const SharedEngineRecord& record) {
+  const char* const text = record.RequestCommandLine;
+  return std::string(text, std::find(text, std::end(record.RequestCommandLine), '\0'));
+}
+
+}  // namespace
+
+intptr_t TEngineWindow::Handle(platform::TMessageWindow& window, uint32_t message) {
+  switch (message) {
+    case platform::kCreateMessage:
+      window.StartTimer(kTimerMilliseconds);
+      return 0;
+    case platform::kDestroyMessage:
+      window.StopTimer();
+      return 0;
+    case platform::kCloseMessage:
+      window.PostQuit();
+      return 0;
+    case platform::kTimerMessage:
+      if (IsIdle()) window.PostQuit();
+      return 0;
+    case kScanRequest:
+      return ServeRequest();
+    default:
+      return 0;
+  }
+}
+
+bool TEngineWindow::IsIdle() const {
+  return std::abs(Now(environment_) - record_.LastActivity) > record_.IdleMinutes / kMinutesPerDay;
+}
+
+int32_t TEngineWindow::ServeRequest(uint32_t wait) {
+  int32_t reply = kRequestRefused;
+  try {
+    platform::TNamedMutex mutex(kRequestMutexName);
+    if (!mutex.Existed() || mutex.Wait(wait) != platform::TWaitResult::kOwned) return reply;
+    reply = RunCommandLine(CommandLineOf(record_), environment_);
+    ++record_.RequestCount;
+    record_.LastActivity = Now(environment_);
+  } catch (const platform::EPlatformError&) {
+    // Without the mutex nothing is scanned; whoever asked hears that from the reply.
+  }
+  return reply;
+}
+
+void RunResidentEngine(bool quit, const TEngineEnvironment& environment) {
+  if (platform::MessageWindowExists(kEngineWindowClass, kEngineWindowTitle)) {
+    if (quit) {
+      platform::PostToWindow(kEngineWindowClass, kEngineWindowTitle, platform::kCloseMessage);
+    }
+    return;
+  }
+  const TSharedRecord record;
+  if (record.Get() == nullptr) return;
+  record.Get()->ProcessId = platform::ProcessId();
+  record.Get()->LastActivity = Now(environment);
+  record.Get()->IdleMinutes = kDefaultIdleMinutes;
+  TEngineWindow engine(*record.Get(), environment);
+  try {
+    platform::TMessageWindow window(kEngineWindowClass, kEngineWindowTitle,
+                                    [&engine](platform::TMessageWindow& self, uint32_t message) {
+                                      return engine.Handle(self, message);
+                                    });
+    window.Run();
+  } catch (const platform::EPlatformError&) {
+    // Another engine was faster, or the system allows no window: nobody is served here.
+  }
+}
+
+}  // namespace quarda

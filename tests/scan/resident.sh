@@ -1,0 +1,100 @@
+#!/usr/bin/env bash
+# The resident engine and its client as processes: starts, requests, ends, and deaths.
+#
+# Usage: resident.sh HOST-PROGRAM ENGINE-LIBRARY CLIENT-PROGRAM
+set -euo pipefail
+
+work=$(mktemp -d)
+engine=
+trap '[[ -z $engine ]] || kill -9 "$engine" 2>/dev/null; rm -rf "$work"' EXIT
+export XDG_RUNTIME_DIR=$work
+objects=$work/quarda-$(id -u)
+base=$work/base
+mkdir "$base"
+cp "$@" "$base/"
+settings='[Logging]\nLogMode=4\n[Subject Checks]\nBlockOnVirus=1\n'
+printf "$settings" >"$base/Quarda.ini"
+cd "$work"
+
+faults=0
+fail() {
+  faults=$((faults + 1))
+  echo "FAILED: $*"
+}
+# Waits until a command succeeds; only a fault makes that take long.
+until_true() {
+  local tries=0
+  until "$@"; do
+    ((++tries < 500)) || return 1
+    sleep 0.02
+  done
+}
+shared() { od -An -t "$1" -j "$2" -N 4 "$objects/kestavon_Quarda_SharedMem.memory" | tr -d ' '; }
+is_ready() { [[ -e $objects/kestavon_Quarda_SharedMem.memory ]] && compgen -G "$objects/window-*" >/dev/null; }
+start_engine() {
+  "$base/quarda" -Daemon </dev/null &
+  engine=$!
+  until_true is_ready || fail "the engine does not start"
+  until_true has_its_number || fail "the record holds another number"
+}
+has_its_number() { [[ $(shared u4 0) == "$engine" ]]; }
+ended() { ! kill -0 "$engine" 2>/dev/null; }
+# request VERDICT SERVED SUBJECT: the verdict, and how many requests the engine served by then.
+request() {
+  printf 'Subject: %s\r\n\r\nText\r\n' "$3" >"$work/in_1 a.inp"
+  local result=0
+  "$base/quarda-request" "in_1 a.inp" </dev/null || result=$?
+  [[ $result == "$1" ]] || fail "$3: verdict $result instead of $1"
+  [[ -z $2 || $(shared u4 16) == "$2" ]] || fail "$3: $(shared u4 16) requests instead of $2"
+}
+
+request 0 '' 'nobody there'
+grep -q 'Quarda finished' "$base/Quarda.log" || fail "without an engine the mail was not scanned"
+
+start_engine
+[[ $(shared u4 4) == 2 ]] || fail "the engine does not wait two minutes"
+"$base/quarda" -daemon </dev/null || fail "a second start is no error"
+ended && fail "a second start ends the engine"
+request 0 1 first
+printf "$settings[Virus Subjects]\nprize\n" >"$base/Quarda.ini"
+request 1 2 prize
+request 0 3 second
+"$base/quarda-request" "$(printf '%01100d' 0)" "in_1 a.inp" </dev/null || fail "a long line is an error"
+[[ $(shared u4 16) == 3 ]] || fail "a command line that is too long was sent"
+for i in 1 2 3 4 5 6; do
+  printf 'Subject: prize\r\n\r\nText\r\n' >"$work/in_p$i.inp"
+  { "$base/quarda-request" "$work/in_p$i.inp" </dev/null || echo "$?" >"$work/verdict$i"; } &
+  clients[i]=$!
+done
+wait "${clients[@]}"
+[[ $(cat "$work"/verdict? | tr -d '\n') == 111111 && $(shared u4 16) == 9 ]] ||
+  fail "six at once: $(cat "$work"/verdict?), $(shared u4 16) served"
+
+# A client that dies leaves the engine as it was; so does a user whose folder this is not.
+"$base/quarda-request" "$work/in_p1.inp" </dev/null & kill -9 $! 2>/dev/null || true
+wait $! 2>/dev/null || true
+served=$(shared u4 16)
+if ((EUID == 0)) && command -v setpriv >/dev/null; then
+  chmod -R a+rwX "$base" && chmod a+rx "$work" && chmod a+rw "$work/in_1 a.inp"
+  setpriv --reuid=65534 --clear-groups "$base/quarda-request" "in_1 a.inp" </dev/null ||
+    fail "a stranger gets no scan of his own"
+  [[ $(shared u4 16) == "$served" ]] || fail "a stranger was served"
+fi
+request 1 $((served + 1)) prize
+
+# Killed in its sleep: the mail is scanned all the same, and a new engine takes over.
+kill -9 "$engine"
+wait "$engine" 2>/dev/null || true
+request 1 '' prize
+start_engine
+request 1 1 prize
+"$base/quarda" -daemon -quit </dev/null
+until_true ended || fail "-quit does not end the engine"
+[[ -z $(ls "$objects" | grep -v '^lock$') ]] || fail "left behind: $(ls "$objects")"
+
+# Another process may shorten the time that the engine waits.
+start_engine
+printf '\0\0\0\0' | dd of="$objects/kestavon_Quarda_SharedMem.memory" bs=1 seek=4 conv=notrunc 2>/dev/null
+until_true ended || fail "the engine does not end when nobody asks"
+engine=
+((faults == 0))
