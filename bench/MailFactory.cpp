@@ -39,6 +39,37 @@ std::string Repeat(std::string_view piece, size_t count) {
 
 std::string Number(size_t value) { return std::to_string(value); }
 
+std::string LittleEndian(uint64_t value, int bytes) {
+  std::string text;
+  for (; bytes > 0; --bytes, value >>= 8) text += static_cast<char>(value);
+  return text;
+}
+
+/// A record of an attachment.
+std::string TnefRecord(uint32_t attribute, const std::string& data) {
+  uint32_t sum = 0;
+  for (const char c : data) sum += static_cast<unsigned char>(c);
+  return '\2' + LittleEndian(attribute, 4) + LittleEndian(data.size(), 4) + data +
+         LittleEndian(sum, 2);
+}
+
+/// In lines of 76 characters.
+std::string Base64Of(std::string bytes) {
+  const size_t fill = (3 - bytes.size() % 3) % 3;
+  bytes.append(fill, '\0');
+  std::string text;
+  text.reserve(bytes.size() / 57 * 78 + 80);
+  for (size_t at = 0; at < bytes.size(); at += 3) {
+    if (at > 0 && at % 57 == 0) text += "\r\n";
+    const auto byte = [&](size_t i) { return static_cast<unsigned char>(bytes[at + i]); };
+    const int group = byte(0) << 16 | byte(1) << 8 | byte(2);
+    for (int shift = 18; shift >= 0; shift -= 6) {
+      text += kBase64[static_cast<size_t>(group >> shift & 63)];
+    }
+  }
+  return text.replace(text.size() - fill, fill, fill, '=') + "\r\n";
+}
+
 std::string HtmlText(TRandom& random, size_t size) {
   std::string html = "<html><head><title>Mail</title></head><body>\r\n";
   while (html.size() < size) {
@@ -187,6 +218,29 @@ std::string AttachmentMail(size_t size, uint64_t seed) {
   mail += "--=_mix_1\r\nContent-Type: text/plain\r\n\r\n" + Text(random, 500);
   mail += Attachment("=_mix_1", Base64Lines(size, seed));
   return mail + "--=_mix_1--\r\n";
+}
+
+std::string Container(size_t files, size_t size, uint64_t seed) {
+  TRandom random(seed);
+  std::string container = LittleEndian(0x223E9F78, 4) + LittleEndian(1, 2);
+  for (size_t i = 0; i < files; ++i) {
+    std::string data(size, '\0');
+    for (char& c : data) c = static_cast<char>(random.Below(256));
+    container += TnefRecord(0x00069002, std::string(14, '\1'));
+    container += TnefRecord(0x00018010, "file" + Number(i) + ".doc" + '\0');
+    container += TnefRecord(0x0006800F, data);
+  }
+  return container;
+}
+
+std::string ContainerMail(size_t files, size_t size, uint64_t seed) {
+  TRandom random(seed);
+  std::string mail = Header(random, "multipart/mixed; boundary=\"=_mix_1\"");
+  mail += "--=_mix_1\r\nContent-Type: text/plain\r\n\r\n" + Text(random, 500);
+  mail +=
+      "--=_mix_1\r\nContent-Type: application/ms-tnef; name=\"winmail.dat\"\r\n"
+      "Content-Transfer-Encoding: base64\r\n\r\n";
+  return mail + Base64Of(Container(files, size, seed)) + "--=_mix_1--\r\n";
 }
 
 std::string ManyPartsMail(size_t parts, uint64_t seed) {

@@ -25,6 +25,10 @@ class TRandom {
 std::vector<std::string> OrdinaryMails(size_t count, size_t size, uint64_t seed);
 /// A short text and one base64 attachment of about `size` encoded bytes.
 std::string AttachmentMail(size_t size, uint64_t seed);
+/// A TNEF container of that many files of `size` bytes, as mail programs pack their attachments.
+std::string Container(size_t files, size_t size, uint64_t seed);
+/// A short text and such a container in base64.
+std::string ContainerMail(size_t files, size_t size, uint64_t seed);
 /// A multipart of that many small parts.
 std::string ManyPartsMail(size_t parts, uint64_t seed);
 
