@@ -159,21 +159,21 @@ TEST_F(LostFilesTest, NoNumberIsLeft) {
   EXPECT_NE(log.find("InformOnVirus\tpassed"), log.npos);
 }
 
-// The mail-type file is moved aside with one rename, put back with another; two more come between.
 TEST_F(LostFilesTest, AttachedMailsAreScannedWhateverBecomesOfTheMailType) {
   Settings("");
   const std::string mail = Mail("in_1.inp",
                                 "Subject: s\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n"
                                 "--b\r\nContent-Disposition: attachment; filename=m.eml\r\n\r\n" +
                                     std::string(kVirus) + "\r\n--b--\r\n");
-  for (const int failing : {1, 4}) {
-    SCOPED_TRACE(failing);
+  for (int first = 1; first < 10; ++first) {  // from which rename on all of them fail
+    SCOPED_TRACE(first);
     int renames = 0;
     const TFileFaults faults([&](std::string_view call) {
-      return call == "renameat2" && ++renames >= failing ? EACCES : 0;
+      return call == "renameat2" && ++renames >= first ? EACCES : 0;
     });
-    EXPECT_EQ(Scan(mail), 1);
-    EXPECT_EQ(NamesIn(BasePath("Temp\\Quarda.0*")) + NamesIn(BasePath("Temp\\In*")), "");
+    const int32_t exitCode = Scan(mail);
+    if (first == 1) EXPECT_EQ(exitCode, 1);  // later ones may take away what is to be scanned
+    EXPECT_EQ(NamesIn(BasePath("Temp\\Quarda.0*")), "");
   }
 }
 
