@@ -154,6 +154,20 @@ void MeasureNestedScan(const std::string& quarda, const std::string& single,
   PrintRow({"nested", Milliseconds(Median(nested)), Times(ratio), "at most " + Times(0.1)});
 }
 
+/// The price of an attached mail must not grow with their number.
+void MeasureAttachedMails(const std::string& quarda, const std::string& folder) {
+  PrintTitle("Attached mails: processor time for each as their number grows");
+  PrintRow({"", "ms", "microseconds each"});
+  for (const size_t count : {2500, 5000, 10000}) {
+    const std::string mail = folder + "/in_attached.inp";
+    WriteFile(mail, AttachedMailsMail(count));
+    const double seconds = Run({quarda, mail}).cpuSeconds;
+    char each[32];
+    std::snprintf(each, sizeof each, "%.0f", seconds * 1e6 / static_cast<double>(count));
+    PrintRow({std::to_string(count), Milliseconds(seconds), each});
+  }
+}
+
 void MeasureMemory(const std::vector<TCommand>& commands) {
   // Until it starts its program a child shares this process's memory, which the system counts too.
   PrintTitle("Whole process: peak memory (nothing shows less than /bin/true does here)");
@@ -202,6 +216,7 @@ int main(int argc, char** argv) {
                {"the same, every message logged", {logging, medium}, 0},
                {"quarda, container, 20 of 200 KB", {quarda, container}, 8}});
   MeasureNestedScan(quarda, small, folder);
+  MeasureAttachedMails(quarda, folder);
   // Only a container that could not be read would have been worth a line.
   if (std::ifstream(std::string(argv[1]) + "/Quarda.log").peek() != std::char_traits<char>::eof()) {
     std::fprintf(stderr, "the containers were not read; see Quarda.log\n");

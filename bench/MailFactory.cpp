@@ -243,6 +243,17 @@ std::string ContainerMail(size_t files, size_t size, uint64_t seed) {
   return mail + Base64Of(Container(files, size, seed)) + "--=_mix_1--\r\n";
 }
 
+std::string AttachedMailsMail(size_t mails) {
+  std::string mail = "Subject: x\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n";
+  for (size_t i = 0; i < mails; ++i) {  // no two the same, or the copies would go
+    mail +=
+        "--b\r\nContent-Disposition: attachment; filename=m.eml\r\n\r\n"
+        "Subject: y\r\n\r\nText " +
+        Number(i) + "\r\n";
+  }
+  return mail + "--b--\r\n";
+}
+
 std::string ManyPartsMail(size_t parts, uint64_t seed) {
   TRandom random(seed);
   std::string mail = Header(random, "multipart/mixed; boundary=\"=_mix_1\"");

@@ -29,6 +29,8 @@ std::string AttachmentMail(size_t size, uint64_t seed);
 std::string Container(size_t files, size_t size, uint64_t seed);
 /// A short text and such a container in base64.
 std::string ContainerMail(size_t files, size_t size, uint64_t seed);
+/// That many attached mails of one line each.
+std::string AttachedMailsMail(size_t mails);
 /// A multipart of that many small parts.
 std::string ManyPartsMail(size_t parts, uint64_t seed);
 

@@ -227,6 +227,15 @@ TEST_F(NestedScanTest, AFailingNestedScanIsNoVirus) {
   EXPECT_TRUE(LogHas({"EError: inside", "--- end eml", "ExtractEml\tpassed"}));
 }
 
+TEST_F(NestedScanTest, AScannerThatDiesIsNoCleanResult) {
+  const std::string scanner = BasePath("die.sh");
+  Write(scanner, "#!/bin/sh\nkill -9 $$\n");
+  std::filesystem::permissions(Native() / "base/die.sh", std::filesystem::perms::owner_all);
+  Settings("[VirusScan]\r\nCommand1=" + scanner + "\r\n[Logging]\r\nLogMode=4\r\n");
+  EXPECT_EQ(ScanText(MailOf(Eml(NestedMails(1)))), 1);
+  EXPECT_TRUE(LogHas({"--- begin eml", "Temp0001.eml", "Scanner crashed", "--- end eml"}));
+}
+
 TEST_F(NestedScanTest, ChangesGoBackInTheAttachmentsOwnEncoding) {
   onFile_ = [](IQuardaInstance& scan, const std::string&) {
     if (scan.GetFileType() == ftInMail) scan.GetMail()->SetSubject("clean");

@@ -172,7 +172,7 @@ TEST_F(LostFilesTest, AttachedMailsAreScannedWhateverBecomesOfTheMailType) {
       return call == "renameat2" && ++renames >= first ? EACCES : 0;
     });
     const int32_t exitCode = Scan(mail);
-    if (first == 1) EXPECT_EQ(exitCode, 1);  // later ones may take away what is to be scanned
+    EXPECT_TRUE(exitCode == 1 || first > 1);  // later ones may take away what is to be scanned
     EXPECT_EQ(NamesIn(BasePath("Temp\\Quarda.0*")), "");
   }
 }
