@@ -96,7 +96,7 @@ struct TReplacingFile::TState {
   void RenameIntoPlace();
   bool SwapIntoPlace();
   void WriteInPlace();
-  void FlushFolder();
+  void FlushFolder() const noexcept;
 
   std::string path;  // as the caller gave it, for error texts
   bool flushed;
@@ -207,10 +207,11 @@ bool TReplacingFile::TState::SwapIntoPlace() {
   return true;
 }
 
-/// The rename itself must reach the disk; file systems that cannot flush a folder say EINVAL.
-void TReplacingFile::TState::FlushFolder() {
+/// The rename should reach the disk soon. It is done by now, so a failure here is none of the whole:
+/// whoever heard of one would believe that the old content is still there.
+void TReplacingFile::TState::FlushFolder() const noexcept {
   const TDescriptor folder(OpenFile(FolderOf(target), O_RDONLY | O_DIRECTORY));
-  if (!folder || (FlushFile(folder.Get()) != 0 && errno != EINVAL)) Raise();
+  if (folder) FlushFile(folder.Get());
 }
 
 /// Takes the room first, so that a full disk is noticed while the old content is still whole.
