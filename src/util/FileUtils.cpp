@@ -5,7 +5,9 @@
 #include <Shell.h>
 
 #include <algorithm>
+#include <chrono>
 #include <limits>
+#include <thread>
 
 #include "FileNames.h"
 
@@ -27,7 +29,12 @@ class TTemporaryName {
   TTemporaryName(const TTemporaryName&) = delete;
   TTemporaryName& operator=(const TTemporaryName&) = delete;
   ~TTemporaryName() {
-    if (renamed_) platform::RenameFile(other_, name_);
+    // Another program may hold what looks like a new program, to check it.
+    constexpr int kMostTries = 4;
+    for (int tries = 0; renamed_ && tries < kMostTries; ++tries) {
+      if (tries > 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      renamed_ = !platform::RenameFile(other_, name_);
+    }
   }
 
   bool IsRenamed() const noexcept { return renamed_; }
