@@ -114,6 +114,9 @@ enum class TDurability {
   kFlushed,  ///< a power failure leaves the old or the new content
 };
 
+/// What a process killed while it replaced a file may leave in the folder of that file.
+inline constexpr const char* kReplacementFiles = ".quarda-*.tmp";
+
 /// New content for a file that must survive: it is written beside the file and renamed into place
 /// by `Commit`, keeping owner and mode of the old one; without `Commit` the old content stays and
 /// nothing is left behind. A link is followed to the file it names. Where the folder allows no new

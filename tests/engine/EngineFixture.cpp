@@ -1,13 +1,14 @@
 #include "EngineFixture.h"
 
+#include <PlatformError.h>
+
 #include <random>
 
 namespace quarda::test {
 
-TEngineTest::TEngineTest() {
+TEngineTest::TEngineTest(const std::filesystem::path& parent) {
   std::random_device random;
-  native_ = std::filesystem::temp_directory_path() /
-            ("quarda-engine-" + std::to_string(random()) + std::to_string(random()));
+  native_ = parent / ("quarda-engine-" + std::to_string(random()) + std::to_string(random()));
   folder_ = platform::WindowsPath(native_.string());
   std::filesystem::create_directories(native_ / "base");
 }
@@ -32,9 +33,14 @@ TFakePlugin& TEngineTest::Plugin(const std::string& name) {
 int32_t TEngineTest::Run(const std::string& commandLine) {
   const auto app = MakeRef<TQuardaApp>(TEngineEnvironment{Path("base"), &clock_});
   SetQuardaApp(app);
-  app->Start();
-  for (const auto& plugin : plugins_) app->GetPlugins()->Add(plugin.Get(), 0);
-  const int32_t exitCode = app->RunInstance(commandLine);
+  int32_t exitCode = 0;
+  try {
+    app->Start();
+    for (const auto& plugin : plugins_) app->GetPlugins()->Add(plugin.Get(), 0);
+    exitCode = app->RunInstance(commandLine);
+  } catch (const platform::EPlatformError&) {
+    // The settings cannot be written: no mail is blocked for that.
+  }
   app->Close();
   SetQuardaApp(nullptr);
   return exitCode;

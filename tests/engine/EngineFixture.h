@@ -54,7 +54,8 @@ class TFakePlugin : public TRefCounted<IPlugin> {
 
 class TEngineTest : public testing::Test {
  protected:
-  TEngineTest();
+  explicit TEngineTest(
+      const std::filesystem::path& parent = std::filesystem::temp_directory_path());
   ~TEngineTest() override;
 
   /// A path below the test's folder, in the engine's form.

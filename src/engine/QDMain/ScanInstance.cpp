@@ -7,6 +7,7 @@
 #include <QDMailAdapters.h>
 #include <QDPlugin.h>
 #include <QDStringsAdapters.h>
+#include <StaleFiles.h>
 #include <Utils.h>
 
 #include <chrono>
@@ -14,6 +15,7 @@
 #include <thread>
 
 #include "Arguments.h"
+#include "EngineLog.h"
 #include "MailTypeFile.h"
 #include "RedAlert.h"
 #include "Statistics.h"
@@ -289,7 +291,25 @@ bool TQuardaInstance::AddRedAlertFile() {
 }
 
 void TQuardaInstance::WriteStatistic(bool redAlert, int32_t exitCode) {
-  if (IsSoleInstance()) CountScan(*this, redAlert, exitCode, *environment_.clock);
+  if (!IsSoleInstance()) return;
+  if (CountScan(*this, redAlert, exitCode, *environment_.clock)) TidyUp();
+}
+
+/// Removes what scans killed long ago left in the folders that scans write to.
+void TQuardaInstance::TidyUp() noexcept {
+  try {
+    const platform::TClock& clock = *environment_.clock;
+    const std::string base = GetQuardaPath().Str();
+    const std::string path = platform::FullPath(arguments_->GetFilename());
+    RemoveStaleFiles(base, {}, clock);
+    RemoveStaleFiles(LogFolder(*GetConfig(), base), {}, clock);
+    RemoveStaleFiles(ExtractFileDir(path), {}, clock);
+    RemoveStaleFiles(base + "\\Temp",
+                     {{"In_", 5, "*"}, {"Out_", 5, "*"}, {"Temp", 4, "*"}, {"Quarda.", 3, ""}},
+                     clock);
+  } catch (...) {
+    // They are in nobody's way until the next day.
+  }
 }
 
 }  // namespace quarda

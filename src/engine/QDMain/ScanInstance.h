@@ -67,6 +67,7 @@ class TQuardaInstance : public TRefCounted<IQuardaInstanceEx, IQuardaInstance> {
                        bool result);
   void FinishPlugins(IPluginList& plugins, const TInactive& inactive, bool result);
   void WriteBack();
+  void TidyUp() noexcept;
   bool KeepsBodies();
 
   TEngineEnvironment environment_;

@@ -2,6 +2,7 @@
 
 #include <DateText.h>
 #include <Files.h>
+#include <StaleFiles.h>
 #include <StringList.h>
 #include <Utils.h>
 
@@ -42,12 +43,15 @@ void Count(TStringList& lines, TOvraMailFileType fileType, bool redAlert, bool i
 
 }  // namespace
 
-void CountScan(IQuardaInstance& scan, bool redAlert, int32_t exitCode,
+bool CountScan(IQuardaInstance& scan, bool redAlert, int32_t exitCode,
                const platform::TClock& clock) noexcept {
+  bool isFirst = true;
   try {
-    const std::string path = scan.GetQuardaPath().Str() + "\\Temp\\Statistic.txt";
+    const std::string path = StatisticsPath(scan);
+    const auto lastCounted = platform::FileStamp(path);
+    isFirst = IsFirstScanOfDay(lastCounted, clock);
     TStringList lines;
-    if (platform::FileExists(path)) {
+    if (lastCounted) {
       lines.LoadFromFile(path);
     } else {
       lines = NewStatistics(clock.Now());
@@ -57,6 +61,7 @@ void CountScan(IQuardaInstance& scan, bool redAlert, int32_t exitCode,
   } catch (...) {
     // Without its folder, or without room on the disk, nothing is counted.
   }
+  return isFirst;
 }
 
 }  // namespace quarda

@@ -6,8 +6,9 @@
 
 namespace quarda {
 
-/// Counts a finished scan. Failures are ignored: statistics never disturb a scan.
-void CountScan(IQuardaInstance& scan, bool redAlert, int32_t exitCode,
+/// Counts a finished scan; returns whether none was counted today before. Failures are ignored:
+/// statistics never disturb a scan.
+bool CountScan(IQuardaInstance& scan, bool redAlert, int32_t exitCode,
                const platform::TClock& clock) noexcept;
 
 }  // namespace quarda

@@ -14,6 +14,7 @@
 
 #include "Messages.h"
 #include "NumberedFiles.h"
+#include "StaleFiles.h"
 
 namespace quarda {
 namespace {
@@ -147,6 +148,14 @@ TRef<IMail> MakeNotice(IQuardaInstance& instance, IMail& mail) {
   return notice;
 }
 
+/// Removes unfinished reports and copies of scans that were killed.
+void TidyUp(IQuardaInstance& instance, const std::string& adminDir) {
+  const platform::TClock& clock = platform::SystemClock();
+  if (IsFirstScanOfDay(platform::FileStamp(StatisticsPath(instance)), clock)) {
+    RemoveStaleFiles(adminDir, {{"In_", 5, ".tmp"}}, clock);
+  }
+}
+
 bool HoldsAddress(const TRef<IStringList>& list, const std::string& address) {
   const int32_t count = list->GetCount();
   for (int32_t i = 0; i < count; ++i) {
@@ -187,6 +196,7 @@ void TPluginInformOnVirus::MoveQuarantined(IQuardaInstance& instance) {
   if (instance.GetApp()->GetInstanceCount() > 1) return;
   const std::string adminDir = FindMailAdminDir(instance);
   if (adminDir.empty()) return;
+  TidyUp(instance, adminDir);
   TNumberedNames names = MailNames(adminDir);
   const std::string mailFolder = MailFolder(instance);
   for (const platform::TFileRecord& file : platform::FindFiles(JoinPath(mailFolder, "*.vir"))) {
@@ -260,6 +270,7 @@ void TPluginInformOnVirus::Inform(IQuardaInstance& instance, const std::string& 
 
 bool TPluginInformOnVirus::WriteReport(IQuardaInstance& instance, IMail& mail,
                                        const std::string& adminDir) {
+  TidyUp(instance, adminDir);
   // The server takes every ".mai" file for a mail, so it gets that name when it is one.
   TTempFile file(MailNames(adminDir, ".tmp"), {});
   WriteReportTo(file.Path(),

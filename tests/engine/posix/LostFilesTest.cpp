@@ -75,26 +75,6 @@ class LostFilesTest : public TEngineTest {
   const std::filesystem::path other_;
 };
 
-TEST_F(LostFilesTest, KilledWhileItReportsAMail) {
-  const std::string mail = Mail("mails\\in_1.inp", kVirus);
-  EXPECT_EQ(Scan(mail), 0);
-  const std::string notice = Read(mail);
-  const std::string report = Account();
-  ASSERT_TRUE(notice != kVirus && !report.empty());
-  int between = 0;
-  for (int n = 1;; ++n) {
-    SCOPED_TRACE(n);
-    EmptyAccount();
-    Write(mail, kVirus);
-    if (!DiesAtFileCall(n, [&] { Scan(mail); })) break;
-    const bool isReported = !Account().empty();
-    EXPECT_TRUE(!isReported || Account() == report) << Account();
-    EXPECT_TRUE(Read(mail) == kVirus || (isReported && Read(mail) == notice)) << Read(mail);
-    if (isReported && Read(mail) == kVirus) ++between;
-  }
-  EXPECT_GT(between, 0);
-}
-
 TEST_F(LostFilesTest, KilledWhileItEmptiesTheQuarantine) {
   if (!MoveAccountAway()) GTEST_SKIP() << "no second file system";
   const std::string mail = Mail("mails\\out_1.inp");

@@ -28,6 +28,10 @@ static auto Hooked(std::string_view name, Call call) {
   return decltype(call())(-1);
 }
 
+static std::string_view OpenName(const char*, int flags, mode_t) {
+  return (flags & O_ACCMODE) == O_RDONLY ? "open" : "open for writing";
+}
+
 namespace quarda::test {
 
 TFileFaults::TFileFaults(TFileHook wanted) { hook = std::move(wanted); }
@@ -51,7 +55,7 @@ bool DiesAtFileCall(int n, const std::function<void()>& body) {
 }  // namespace quarda::test
 
 // Every use in the source stands behind "::", so the name that takes its place is global.
-#define open(...) Hooked("open", [&] { return ::open(__VA_ARGS__); })
+#define open(...) Hooked(OpenName(__VA_ARGS__), [&] { return ::open(__VA_ARGS__); })
 #define write(...) Hooked("write", [&] { return ::write(__VA_ARGS__); })
 #define ftruncate(...) Hooked("ftruncate", [&] { return ::ftruncate(__VA_ARGS__); })
 #define fallocate(...) Hooked("fallocate", [&] { return ::fallocate(__VA_ARGS__); })

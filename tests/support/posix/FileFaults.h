@@ -7,7 +7,8 @@
 
 namespace quarda::test {
 
-/// Is told the name of the system call ("rename"); the call fails with the error that it returns,
+/// Is told the name of the system call ("rename"; "open" for reading, else "open for writing"); the
+/// call fails with the error that it returns,
 /// and is made when that is 0.
 using TFileHook = std::function<int(std::string_view call)>;
 
