@@ -42,6 +42,8 @@ void CheckUnsplit(std::string_view text) {
   lines.Join("\n", joined.data());
   fuzz::Require(joined == list.SeparateText("\n"), "text as lines");
   fuzz::Require(lines.LastTwo() == TBodyLines(list).LastTwo(), "the end of the text");
+  fuzz::Require(DecodeQuotedPrintableLines(lines) == DecodeQuotedPrintableLines(TBodyLines(list)),
+                "quoted lines of the text");
 }
 
 }  // namespace

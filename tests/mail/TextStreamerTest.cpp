@@ -62,6 +62,26 @@ TEST(TextStreamer, LinesAcrossBlocksStayWhole) {
   }
 }
 
+TEST(TextStreamer, FindsNothingBehindTheEnd) {
+  ForEachKindOfStream("Subject: x\r\n\r\nbody", [](TStream& stream) {
+    stream.SetPosition(100);
+    TMail mail;
+    mail.LoadFromStream(stream);
+    EXPECT_EQ(mail.GetHeader().GetCount(), 0u);
+    EXPECT_EQ(mail.GetBody().Count(), 0u);
+  });
+}
+
+template <class TAction>
+void ExpectError(const char* message, TAction action) {
+  try {
+    action();
+    ADD_FAILURE() << "no error";
+  } catch (const EError& error) {
+    EXPECT_STREQ(error.what(), message);
+  }
+}
+
 TEST(TextStreamer, KeepsItsPlace) {
   ForEachKindOfStream("ab\r\ncd\nef", [](TStream& stream) {
     TTextStreamer streamer(stream, TStreamerMode::kRead);
@@ -73,13 +93,27 @@ TEST(TextStreamer, KeepsItsPlace) {
     EXPECT_EQ(streamer.ReadLn(), "ef");
     EXPECT_EQ(streamer.ReadLn(), "");
     EXPECT_EQ(streamer.LastLine(), "ef") << "the end of the input is no line";
-    EXPECT_THROW(streamer.Clear(), EError);
+    streamer.SetPosition(1);
+    EXPECT_EQ(streamer.ReadLn(), "b");
+    streamer.SetLine(9);
+    EXPECT_EQ(streamer.LastLine(), "ef") << "fewer lines than asked for";
+    ExpectError("TextStreamer was opened for read only.", [&] { streamer.Clear(); });
+    ExpectError("TextStreamer was opened for read only.", [&] { streamer.Write("x"); });
   });
 }
 
+// Keeps the size of every write.
+class TCountingStream final : public TMemoryStream {
+ public:
+  void Write(const void* data, size_t size) override {
+    writes.push_back(size);
+    TMemoryStream::Write(data, size);
+  }
+  std::vector<size_t> writes;
+};
+
 TEST(TextStreamer, WritesWhatItWasGiven) {
-  std::string written;
-  TStringStream stream(written);
+  TCountingStream stream;
   std::string expected;
   {
     TTextStreamer streamer(stream, TStreamerMode::kWrite);
@@ -91,9 +125,10 @@ TEST(TextStreamer, WritesWhatItWasGiven) {
       expected += line + "\r\n";
       EXPECT_EQ(streamer.GetPosition(), expected.size());
     }
-    EXPECT_THROW(streamer.SetPosition(0), EError);
+    ExpectError("TextStreamer was opened for write only.", [&] { streamer.SetPosition(0); });
   }
-  EXPECT_TRUE(written == expected);
+  EXPECT_TRUE(stream.Content() == expected);
+  for (size_t i = 0; i + 1 < stream.writes.size(); ++i) EXPECT_GE(stream.writes[i], 24576u);
 }
 
 }  // namespace

@@ -210,28 +210,47 @@ TEST(QuotedPrintable, KnownTexts) {
   EXPECT_EQ(AnsiToQuotedPrintable("a_b c=d\x80", false), "a_b c=3Dd=80");
 }
 
+void CheckQuotedLines(TBodyLines lines, const std::string& joined) {
+  const std::string expected = simple::DecodeQuoted(joined, false);
+  ASSERT_EQ(DecodeQuotedPrintableLines(lines), expected);
+  ASSERT_EQ(DecodeQuotedPrintableLines(lines, nullptr, 0), expected.size());
+  std::string target(expected.size() / 2, '.');
+  ASSERT_EQ(DecodeQuotedPrintableLines(lines, target.data(), target.size()), expected.size());
+  ASSERT_EQ(target, expected.substr(0, target.size()));
+}
+
+// The lines of a text that nobody has split, joined with CR LF.
+std::string Joined(TBodyLines lines) {
+  std::string joined(lines.Join("\r\n", nullptr), '\0');
+  lines.Join("\r\n", joined.data());
+  return joined;
+}
+
 void CheckQuotedPrintable(const std::string& text) {
   for (const bool headerMode : {false, true}) {
     ASSERT_EQ(QuotedPrintableToAnsi(text, headerMode), simple::DecodeQuoted(text, headerMode));
   }
+  CheckQuotedLines(TBodyLines(text), Joined(TBodyLines(text)));
   TStringList lines;
   lines.SetText(text + "\n");
-  const std::string expected = simple::DecodeQuoted(lines.SeparateText("\r\n"), false);
-  ASSERT_EQ(DecodeQuotedPrintableLines(TBodyLines(lines)), expected);
-  ASSERT_EQ(DecodeQuotedPrintableLines(TBodyLines(lines), nullptr, 0), expected.size());
-  std::string target(expected.size() / 2, '.');
-  ASSERT_EQ(DecodeQuotedPrintableLines(TBodyLines(lines), target.data(), target.size()),
-            expected.size());
-  ASSERT_EQ(target, expected.substr(0, target.size()));
+  CheckQuotedLines(TBodyLines(lines), lines.SeparateText("\r\n"));
+}
+
+// "~" stands for a CR LF.
+std::string WithLineEnds(std::string text) {
+  for (size_t at = 0; (at = text.find('~', at)) != text.npos;) text.replace(at, 1, "\r\n");
+  return text;
 }
 
 TEST(QuotedPrintable, FastDecodersFollowTheRules) {
   TRandomText random;
   const std::string plain(60, 'a');
-  for (const std::string& pool : {plain + "=34eE_ \r\n", "=4\r\n _x"s, plain}) {
-    for (size_t size = 0; size <= 300; ++size) CheckQuotedPrintable(random.Text(size, pool, 0));
-    CheckQuotedPrintable(random.Text(40000, pool, 0));  // escapes cross the ends of blocks
-    CheckQuotedPrintable(random.Text(9000, pool, 1));   // a NUL somewhere
+  for (const std::string& pool :
+       {plain + "=34eE_ \r\n~", "=4\r\n _x~"s, plain + "==~~", "=~4"s, plain}) {
+    for (size_t size = 0; size <= 300; ++size)
+      CheckQuotedPrintable(WithLineEnds(random.Text(size, pool, 0)));
+    CheckQuotedPrintable(WithLineEnds(random.Text(40000, pool, 0)));  // across the ends of blocks
+    CheckQuotedPrintable(random.Text(9000, pool, 1));                 // a NUL somewhere
   }
   for (size_t size = 8180; size < 8200; ++size) {
     for (const char* escape : {"=41=42", "=\n\n==x", "==41"})

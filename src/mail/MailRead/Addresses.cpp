@@ -102,9 +102,11 @@ size_t PosAnyChar(std::string_view text, const TCharSet& set) noexcept {
 
 int32_t GetFileSize(std::string_view fileName) {
   constexpr uint64_t kLargest = std::numeric_limits<int32_t>::max();
-  const auto file = platform::FindFile(fileName);
-  if (!file || (file->attributes & platform::kFolder) != 0) return 0;
-  return static_cast<int32_t>(std::min(file->size, kLargest));
+  for (const platform::TFileRecord& found : platform::FindFiles(fileName)) {
+    if ((found.attributes & platform::kFolder) != 0) continue;
+    return static_cast<int32_t>(std::min(found.size, kLargest));
+  }
+  return 0;
 }
 
 }  // namespace quarda

@@ -1,4 +1,5 @@
-// Addresses in header values, and the small text functions that header values need.
+// Addresses in header values (RFC 5322, without comments and groups), and the small text functions
+// that header values need.
 #pragma once
 
 #include <array>
@@ -28,7 +29,8 @@ class TCharSet {
 
 /// The bare address of one address as a header writes it; empty when there is none.
 std::string HeaderEmailToAddress(std::string_view text);
-/// Appends one line for each address of the value, empty ones included.
+/// Appends one line for each address of the value, empty ones included: they are separated by
+/// commas outside quotes and angle brackets. Nothing is added for what follows a comma at the end.
 void ExtractAddressList(std::string_view value, TStringList& list);
 /// One header value, folded after every address; empty lines are left out.
 std::string MakeAddressList(const TStringList& list);
@@ -40,7 +42,8 @@ bool ExtractNameValuePair(std::string_view text, std::string& name, std::string&
 std::string RemoveQuotes(std::string_view text);
 /// The position, counted from 1, of the first character that is in the set; 0 when none is.
 size_t PosAnyChar(std::string_view text, const TCharSet& set) noexcept;
-/// The size of a file in bytes, at most 2^31 - 1; 0 when there is no such file.
+/// The size of a file in bytes, at most 2^31 - 1; 0 when there is no such file. The name may hold
+/// wildcards; folders that match are passed over.
 int32_t GetFileSize(std::string_view fileName);
 
 }  // namespace quarda

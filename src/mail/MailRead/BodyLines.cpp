@@ -5,6 +5,8 @@
 namespace quarda {
 namespace {
 
+constexpr std::string_view kLineEnd = "\r\n";
+
 std::string_view WithoutLineEnd(std::string_view text) noexcept {
   if (!text.ends_with('\n')) return text;
   text.remove_suffix(1);
@@ -13,6 +15,17 @@ std::string_view WithoutLineEnd(std::string_view text) noexcept {
 }
 
 }  // namespace
+
+std::string_view TBodyLines::TakeJoinedOfList() noexcept {
+  const std::string_view first = (*list_)[next_++];
+  const char* end = first.data() + first.size();
+  // A line that begins two bytes behind another lies in the same block, so they can be read.
+  while (next_ < end_ && (*list_)[next_].data() == end + kLineEnd.size() &&
+         std::string_view(end, kLineEnd.size()) == kLineEnd) {
+    end += kLineEnd.size() + (*list_)[next_++].size();
+  }
+  return {first.data(), static_cast<size_t>(end - first.data())};
+}
 
 size_t TBodyLines::CountLines() const noexcept {
   if (list_) return end_ - std::min(next_, end_);

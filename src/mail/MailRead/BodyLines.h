@@ -28,6 +28,14 @@ class TBodyLines {
     return true;
   }
 
+  /// The next lines, as many as stand in memory joined with CR LF, as one text; false behind the
+  /// last one.
+  bool NextJoined(std::string_view& text) noexcept {
+    if (list_ ? next_ >= end_ : text_.empty()) return false;
+    text = list_ ? TakeJoinedOfList() : TakeJoined(text_);
+    return true;
+  }
+
   // About the lines still to come.
   size_t CountLines() const noexcept;
   /// Without line ends.
@@ -39,6 +47,8 @@ class TBodyLines {
   size_t Join(std::string_view separator, char* target) const noexcept;
 
  private:
+  std::string_view TakeJoinedOfList() noexcept;
+
   const TStringList* list_ = nullptr;  // null: the lines are those of the text
   size_t next_ = 0;
   size_t end_ = 0;

@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 #include "BodyLines.h"
 
@@ -99,27 +100,36 @@ QD_AVX2 inline __m256i Base64Values(__m256i text) noexcept {
   return _mm256_and_si256(value, _mm256_cmpeq_epi8(foreign, _mm256_setzero_si256()));
 }
 
-// 24 decoded bytes, followed by 8 of no meaning.
+// Two times 12 decoded bytes, each followed by 4 of no meaning.
 QD_AVX2 inline __m256i Base64Bytes(__m256i text) noexcept {
   const __m256i pairs = _mm256_maddubs_epi16(Base64Values(text), _mm256_set1_epi32(0x01400140));
   const __m256i triples = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
-  const __m256i packed =
-      _mm256_shuffle_epi8(triples, Table(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
-  return _mm256_permutevar8x32_epi32(packed, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
+  return _mm256_shuffle_epi8(triples,
+                             Table(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
+}
+
+// Writes four bytes of no meaning behind the decoded ones.
+QD_AVX2 inline void DecodeBlock(const char* source, char* target) noexcept {
+  const __m256i bytes = Base64Bytes(Load(source));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(target), _mm256_castsi256_si128(bytes));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(target + kBlockBytes / 2),
+                   _mm256_extracti128_si256(bytes, 1));
 }
 
 QD_AVX2 inline void DecodeBlockExactly(const char* source, char* target) noexcept {
   const __m256i bytes = Base64Bytes(Load(source));
+  const __m128i second = _mm256_extracti128_si256(bytes, 1);
   _mm_storeu_si128(reinterpret_cast<__m128i*>(target), _mm256_castsi256_si128(bytes));
-  _mm_storel_epi64(reinterpret_cast<__m128i*>(target + 16), _mm256_extracti128_si256(bytes, 1));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(target + 12), second);
+  _mm_storeu_si32(target + 20, _mm_srli_si128(second, 8));
 }
 
 // `size` is a multiple of four and at least one block.
 QD_AVX2 inline void DecodeGroups(const char* source, size_t size, char* target) noexcept {
   const char* const end = source + size;
-  // A whole register may be stored while 12 more characters, which make 9 bytes, follow the block.
-  while (static_cast<size_t>(end - source) >= kBlock + 12) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(target), Base64Bytes(Load(source)));
+  // 8 more characters make 6 bytes.
+  while (static_cast<size_t>(end - source) >= kBlock + 8) {
+    DecodeBlock(source, target);
     source += kBlock;
     target += kBlockBytes;
   }
@@ -154,30 +164,92 @@ QD_AVX2 bool DecodeBase64LinesAvx2(TBodyLines& lines, std::string_view& line,
   return stopped;
 }
 
-QD_AVX2 TProgress DecodePlainAvx2(const char* source, size_t size, char* target,
-                                  bool headerMode) noexcept {
-  const __m256i escape = _mm256_set1_epi8('=');
-  const __m256i underscore = _mm256_set1_epi8('_');
-  const __m256i blank = _mm256_set1_epi8(headerMode ? ' ' : '_');
-  size_t at = 0;
-  size_t out = 0;
-  while (size - at >= kBlock) {
-    const __m256i text = Load(source + at);
-    const __m256i special = _mm256_or_si256(_mm256_cmpeq_epi8(text, escape),
-                                            _mm256_cmpeq_epi8(text, _mm256_setzero_si256()));
-    const __m256i copy = _mm256_blendv_epi8(text, blank, _mm256_cmpeq_epi8(text, underscore));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(target + out), copy);
-    const auto mask = static_cast<unsigned>(_mm256_movemask_epi8(special));
-    const size_t run = mask == 0 ? kBlock : static_cast<size_t>(__builtin_ctz(mask));
-    at += run;
-    out += run;
-    if (mask == 0) continue;
-    const int byte = source[at] == '=' && size - at >= 3 ? HexByte(source + at + 1) : -1;
-    if (byte < 0) return {at, out};
-    target[out++] = static_cast<char>(byte);
-    at += 3;
+// Quoted-printable, two blocks at a time. All "=" of the two are found at once; the run before each
+// is copied as if it were two blocks long, so that its length decides nothing. An escape and a soft
+// line break are told apart without a branch, because mails mix them at random.
+
+constexpr size_t kSpan = 2 * kBlock;
+constexpr size_t kEscapeSize = 3;
+// A run may begin behind an escape that ends behind the span.
+constexpr size_t kReach = 2 * kSpan + kEscapeSize;
+
+// A bit for each character that a run ends at: "=" and NUL.
+QD_AVX2 inline uint32_t SpecialsInBlock(const char* source) noexcept {
+  const __m256i text = Load(source);
+  return static_cast<uint32_t>(
+      _mm256_movemask_epi8(_mm256_or_si256(_mm256_cmpeq_epi8(text, _mm256_set1_epi8('=')),
+                                           _mm256_cmpeq_epi8(text, _mm256_setzero_si256()))));
+}
+
+QD_AVX2 inline uint64_t SpecialsInSpan(const char* source) noexcept {
+  return SpecialsInBlock(source) | uint64_t{SpecialsInBlock(source + kBlock)} << kBlock;
+}
+
+template <bool kHeaderMode>
+QD_AVX2 inline void CopySpan(const char* source, char* target) noexcept {
+  for (size_t at = 0; at < kSpan; at += kBlock) {
+    __m256i text = Load(source + at);
+    if constexpr (kHeaderMode) {
+      const __m256i isUnderscore = _mm256_cmpeq_epi8(text, _mm256_set1_epi8('_'));
+      text = _mm256_blendv_epi8(text, _mm256_set1_epi8(' '), isUnderscore);
+    }
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(target + at), text);
   }
-  return DecodePlainBytewise(source, size, target, headerMode, {at, out});
+}
+
+// "=" CR LF and then a character that the break does not swallow, too. A NUL may be the end of what
+// is known of the text.
+inline bool IsSoftLineBreak(const char* source) noexcept {
+  const char next = source[kEscapeSize];
+  return (source[1] == '\r') & (source[2] == '\n') & (next != '\r') & (next != '\n') &
+         (next != '=') & (next != '\0');
+}
+
+// Decodes spans while the source reaches far enough behind them. True when it ended at something
+// that is neither a run, nor an escape, nor a plain soft line break.
+template <bool kHeaderMode>
+QD_AVX2 bool DecodeSpans(const char* source, size_t size, char* target,
+                         TProgress& progress) noexcept {
+  auto [at, out] = progress;
+  bool stopped = false;
+  while (!stopped && size - at >= kReach) {
+    size_t inSpan = 0;
+    for (uint64_t specials = SpecialsInSpan(source + at); specials != 0; specials &= specials - 1) {
+      const auto special = static_cast<size_t>(__builtin_ctzll(specials));
+      CopySpan<kHeaderMode>(source + at + inSpan, target + out);
+      out += special - inSpan;
+      inSpan = special;
+      const char* const escape = source + at + special;
+      const int byte = HexByte(escape + 1);
+      stopped = (*escape == '\0') | ((byte < 0) & !IsSoftLineBreak(escape));
+      if (stopped) break;
+      target[out] = static_cast<char>(byte);
+      out += static_cast<size_t>(byte >= 0);
+      inSpan += kEscapeSize;
+    }
+    const size_t run = stopped || inSpan > kSpan ? 0 : kSpan - inSpan;
+    CopySpan<kHeaderMode>(source + at + inSpan, target + out);
+    at += inSpan + run;
+    out += run;
+  }
+  progress = {at, out};
+  return stopped;
+}
+
+// The end is decoded in a copy with NULs behind it, where the last span ends.
+template <bool kHeaderMode>
+QD_AVX2 TProgress DecodeSpansToEnd(const char* source, size_t size, char* target) noexcept {
+  TProgress whole{0, 0};
+  if (DecodeSpans<kHeaderMode>(source, size, target, whole)) return whole;
+  const size_t rest = size - whole.read;
+  char text[2 * kReach];
+  char decoded[sizeof text];
+  std::memset(text + rest, 0, sizeof text - rest);
+  std::memcpy(text, source + whole.read, rest);
+  TProgress end{0, 0};
+  DecodeSpans<kHeaderMode>(text, sizeof text, decoded, end);
+  std::memcpy(target + whole.written, decoded, end.written);
+  return {whole.read + end.read, whole.written + end.written};
 }
 
 #endif
@@ -201,7 +273,8 @@ TProgress DecodePlainQuoted(const char* source, size_t size, char* target,
                             bool headerMode) noexcept {
   if (size < kBlock || !platform::HasAvx2())
     return DecodePlainBytewise(source, size, target, headerMode, {0, 0});
-  return DecodePlainAvx2(source, size, target, headerMode);
+  return headerMode ? DecodeSpansToEnd<true>(source, size, target)
+                    : DecodeSpansToEnd<false>(source, size, target);
 }
 
 #else

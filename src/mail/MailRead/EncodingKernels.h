@@ -32,9 +32,9 @@ struct TProgress {
   size_t written;
 };
 
-/// Decodes quoted-printable text up to a NUL or an "=" that does not begin two hexadecimal digits,
-/// in header mode with "_" made a blank. The target must have room for the whole text; what lies
-/// behind the decoded part is undefined.
+/// Decodes quoted-printable text up to a NUL or an "=" that does not begin two hexadecimal digits
+/// (a soft line break CR LF may be passed over), in header mode with "_" made a blank. The target
+/// must have room for the whole text; what lies behind the decoded part is undefined.
 TProgress DecodePlainQuoted(const char* source, size_t size, char* target,
                             bool headerMode) noexcept;
 

@@ -1,4 +1,6 @@
-// Transfer encodings of bodies and encoded words of header values.
+// Transfer encodings of bodies (RFC 2045) and encoded words of header values (RFC 2047), read as
+// mail programs write them rather than as the standards want them: no length of a line or word is
+// enforced, what cannot be decoded is passed on, blanks between two encoded words stay.
 #pragma once
 
 #include <cstddef>
@@ -34,7 +36,9 @@ bool BufferEncode(const void* source, size_t size, char* target, size_t& capacit
 bool BufferDecode(const char* source, size_t size, void* target, size_t& capacity,
                   TMailEncodingType encoding) noexcept;
 
+/// `BufferEncode` of a text. "=" fills up the last group in all three alphabets.
 std::string TextEncode(std::string_view text, TMailEncodingType encoding);
+/// `BufferDecode` of a text.
 std::string TextDecode(std::string_view text, TMailEncodingType encoding);
 
 /// `BufferDecode` of the lines put together without line ends, which are never put together in

@@ -1,4 +1,5 @@
-// The header of a mail or of a part: an ordered list of fields, each a list of value lines.
+// The header of a mail or of a part (RFC 5322): an ordered list of fields, each a list of value
+// lines.
 #pragma once
 
 #include <Errors.h>
@@ -26,9 +27,11 @@ class EMailHeaderError : public EError {
 
 /// One field. Its value is kept as the pieces between semicolons: the first is the main value, the
 /// others are parameters of the form name=value. Belongs to its header and lives until it is
-/// deleted or the header is cleared, loaded or destroyed.
+/// deleted or the header is cleared, loaded or destroyed. An index outside the values raises
+/// EListError.
 class THeaderItem {
  public:
+  /// A blank name raises EMailHeaderError.
   THeaderItem(THeader& header, std::string_view name);
   THeaderItem(const THeaderItem&) = delete;
   THeaderItem& operator=(const THeaderItem&) = delete;
@@ -79,6 +82,7 @@ class THeader : private TStringListObserver {
   virtual ~THeader() = default;
 
   void Assign(const THeader& source);
+  /// A blank name raises EMailHeaderError, which leaves the fields before it.
   void LoadFromStrings(const TStringList& lines);
   /// Appends one line for each field; that of a folded one holds line breaks.
   void SaveToStrings(TStringList& lines);
@@ -95,7 +99,7 @@ class THeader : private TStringListObserver {
   void Delete(size_t index);
   /// Deletes the first field of that name, if any.
   void Delete(std::string_view name);
-  /// Sets the value of the first field of that name, or adds one.
+  /// Sets the value of the first field of that name, or adds one; raises as `Add` does.
   THeaderItem& Replace(std::string_view name, std::string_view value);
 
   /// -1 when there is none.

@@ -1,5 +1,5 @@
 // Most of a mail is body, and only a line that begins with "--" can end a body. So the three
-// characters LF, "-", "-" are searched in vectors of 32 bytes, whatever the length of the lines.
+// characters LF, "-", "-" are searched in vectors, whatever the length of the lines.
 #include "LineScan.h"
 
 #include <algorithm>
@@ -92,6 +92,20 @@ size_t CountCrLfs(std::string_view text) noexcept {
   size_t count = CountInVectors<CrLfs>(text, 1);
   for (size_t at = 0; (at = text.find("\r\n", at)) != std::string_view::npos; at += 2) ++count;
   return count;
+}
+
+std::string_view TakeJoined(std::string_view& text) noexcept {
+  const std::string_view whole = text;
+  size_t lf = whole.find('\n');
+  for (size_t next; lf != whole.npos && lf > 0 && whole[lf - 1] == '\r'; lf = next) {
+    next = whole.find('\n', lf + 1);
+    if (next == whole.npos && lf + 1 == whole.size()) {
+      text = {};
+      return whole.substr(0, lf - 1);
+    }
+  }
+  text.remove_prefix(lf == whole.npos ? whole.size() : lf + 1);
+  return whole.substr(0, lf);
 }
 
 }  // namespace quarda

@@ -32,4 +32,8 @@ inline std::string_view TakeLine(std::string_view& text) noexcept {
   return {start, size};
 }
 
+/// Cuts the lines off the text that end in CR LF, together with the first one that does not, and
+/// returns them with the line ends between them but without the last one's.
+std::string_view TakeJoined(std::string_view& text) noexcept;
+
 }  // namespace quarda

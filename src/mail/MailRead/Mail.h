@@ -29,6 +29,7 @@ class TMail final : public TMailPart {
   /// Raises EPlatformError or EMailHeaderError; the mail is then filled in part, `LoadFailed` holds
   /// and the lists are empty.
   void LoadFromFile(std::string_view fileName);
+  /// The same from the stream's position on; errors of the stream pass through.
   void LoadFromStream(TStream& stream);
   /// Reads every deferred body, then replaces the file as a whole: whoever reads it, and whatever
   /// ends this process, finds the old or the new mail. The file name of the mail stays.
@@ -37,6 +38,7 @@ class TMail final : public TMailPart {
   /// any later failure. EError: the mail was not loaded completely and this is its own file, which
   /// keeps its bytes.
   void SaveToFile(std::string_view fileName);
+  /// Errors of the stream pass through, and those of `LoadBody`.
   void SaveToStream(TStream& stream);
   void LoadAllBodies();
 

@@ -1,4 +1,4 @@
-// One node of a mail's part tree.
+// One node of a mail's part tree (RFC 2045 and 2046; dispositions as in RFC 2183).
 #pragma once
 
 #include <Errors.h>
@@ -35,8 +35,10 @@ class EMailDecodeError : public EError {
 /// valid until it, a parent of it or the mail is deleted, cleared, assigned or loaded.
 ///
 /// A body read from memory stays the slice of the text it was read from until somebody asks for its
-/// lines; a deferred one stays in the mail's file and is read when it is needed. Nothing here
-/// follows the nesting of the parts by recursion.
+/// lines; a deferred one stays in the mail's file and is read when it is needed: whatever reads a
+/// body raises EPlatformError when the file cannot be read, and finds no lines when it is gone. An
+/// index outside the children raises EListError. Nothing here follows the nesting of the parts by
+/// recursion.
 class TMailPart {
  public:
   TMailPart(TMail* mail, TMailPart* parent) noexcept;
@@ -114,7 +116,8 @@ class TMailPart {
   size_t DecodedContent(void* buffer);
   std::string DecodedContent();
   void DecodedContentStream(TStream& stream);
-  /// Replaces the body by the encoded content and names the encoding in the header.
+  /// Replaces the body by the encoded content and names the encoding in the header; `eCurrent`
+  /// keeps the part's encoding.
   void SetContent(mail::TEncodeType encoding, const void* data, size_t size);
   void SetContent(mail::TEncodeType encoding, std::string_view text);
   void SetContent(mail::TEncodeType encoding, const TStringList& lines);

@@ -6,7 +6,9 @@
 
 namespace quarda {
 
-/// The forms that write three bytes as four characters.
+/// The forms that write three bytes as four characters: the alphabet of uuencode (with a grave
+/// accent for zero), that of xxencode, and base64. Lines with a length in front, as a uuencoded
+/// file has them, are not meant.
 enum TMailEncodingType : int32_t { meUU, meXX, meBase64 };
 
 // The plug-in contract declares an enumeration of the same name with the same members in the same

@@ -1,6 +1,6 @@
 // Quoted-printable in bodies and header words. The decoder copies whole runs up to the next escape
-// and can stop at any place of the text, so that lines are decoded block by block; every character
-// is read once.
+// and can stop at any place of the text, so that it goes on from one piece of it to the next; every
+// character is read once.
 #include <algorithm>
 #include <cstring>
 #include <optional>
@@ -64,36 +64,58 @@ class TQuotedPrintableDecoder {
   bool ended_ = false;
 };
 
-// Hands the decoded text of the joined lines to `sink(data, size)`, block by block.
-template <class TSink>
-void DecodeJoinedLines(TBodyLines lines, TSink sink) {
-  char packed[8192];
-  char decoded[sizeof packed];
-  size_t used = 0;
-  TQuotedPrintableDecoder decoder(false);
-  const auto flush = [&](bool isLast) {
-    char* out = decoded;
-    const size_t read = decoder.Decode({packed, used}, isLast, out);
-    sink(decoded, static_cast<size_t>(out - decoded));
-    used -= read;
-    std::memmove(packed, packed + read, used);
-  };
-  const auto add = [&](std::string_view text) {
-    while (!text.empty() && !decoder.HasEnded()) {
-      const size_t piece = std::min(text.size(), sizeof packed - used);
-      std::memcpy(packed + used, text.data(), piece);
-      used += piece;
-      text.remove_prefix(piece);
-      if (used == sizeof packed) flush(false);
+// Decodes lines as if they were joined. Lines that stand joined in memory are decoded in one go;
+// what does not fit into the target is decoded into a buffer and only counted.
+class TJoinedLinesDecoder {
+ public:
+  TJoinedLinesDecoder(char* target, size_t capacity) noexcept
+      : target_(target), capacity_(capacity) {}
+
+  size_t Decode(TBodyLines lines) noexcept {
+    std::string_view text;
+    std::string_view next;
+    for (bool more = lines.NextJoined(text); more && !decoder_.HasEnded(); text = next) {
+      more = lines.NextJoined(next);
+      const size_t read = DecodeText(text, !more);
+      if (more) DecodeLineEnd(text.substr(read));
     }
-  };
-  std::string_view line;
-  for (bool isFirst = true; !decoder.HasEnded() && lines.Next(line); isFirst = false) {
-    if (!isFirst) add(kLineEnd);
-    add(line);
+    return size_;
   }
-  flush(true);
-}
+
+ private:
+  // Returns how much was read.
+  size_t DecodeText(std::string_view text, bool isLast) noexcept {
+    size_t at = 0;
+    for (bool done = false; !done;) {
+      const size_t room = capacity_ - std::min(capacity_, size_);
+      const bool fits = text.size() - at <= room;
+      const std::string_view piece = text.substr(at, fits ? text.npos : sizeof buffer_);
+      done = at + piece.size() == text.size();
+      char* const start = fits ? target_ + size_ : buffer_;
+      char* out = start;
+      at += decoder_.Decode(piece, isLast && done, out);
+      const auto size = static_cast<size_t>(out - start);
+      if (!fits && room > 0) std::memcpy(target_ + size_, buffer_, std::min(size, room));
+      size_ += size;
+      done = done || decoder_.HasEnded();
+    }
+    return at;
+  }
+
+  // `cut` is the beginning of a possible escape that the line end completes.
+  void DecodeLineEnd(std::string_view cut) noexcept {
+    char text[kEscapeSize - 1 + kLineEnd.size()];
+    if (decoder_.HasEnded()) return;
+    char* const end = std::ranges::copy(kLineEnd, std::ranges::copy(cut, text).out).out;
+    DecodeText({text, static_cast<size_t>(end - text)}, false);
+  }
+
+  TQuotedPrintableDecoder decoder_{false};
+  char* const target_;
+  const size_t capacity_;
+  size_t size_ = 0;
+  char buffer_[8192];
+};
 
 void AppendEscape(std::string& text, unsigned char c) {
   constexpr char kDigits[] = "0123456789ABCDEF";
@@ -120,20 +142,13 @@ std::string QuotedPrintableToAnsi(std::string_view text, bool headerMode) {
 }
 
 std::string DecodeQuotedPrintableLines(TBodyLines lines) {
-  std::string result;
-  result.reserve(lines.Join(kLineEnd, nullptr));
-  DecodeJoinedLines(lines, [&](const char* data, size_t size) { result.append(data, size); });
+  std::string result(lines.Join(kLineEnd, nullptr), '\0');
+  result.resize(TJoinedLinesDecoder(result.data(), result.size()).Decode(lines));
   return result;
 }
 
 size_t DecodeQuotedPrintableLines(TBodyLines lines, void* target, size_t capacity) {
-  size_t total = 0;
-  DecodeJoinedLines(lines, [&](const char* data, size_t size) {
-    const size_t fits = std::min(size, capacity - std::min(capacity, total));
-    if (fits > 0) std::memcpy(static_cast<char*>(target) + total, data, fits);
-    total += size;
-  });
-  return total;
+  return TJoinedLinesDecoder(static_cast<char*>(target), capacity).Decode(lines);
 }
 
 std::string AnsiToQuotedPrintable(std::string_view text, bool headerMode) {

@@ -151,15 +151,16 @@ void TTextStreamer::WriteLn(std::string_view line) {
 }
 
 void TTextStreamer::Write(std::string_view text) {
+  RequireMode(TStreamerMode::kWrite);
   position_ += text.size();
-  if (text.size() >= kBlockSize || cached_ + text.size() > kCacheSize) Flush();
-  if (text.size() >= kBlockSize) {
-    stream_.Write(text.data(), text.size());
-    return;
+  while (!text.empty()) {
+    if (cached_ == 0 && text.size() >= kBlockSize) return stream_.Write(text.data(), text.size());
+    const size_t size = std::min(text.size(), kCacheSize - cached_);
+    std::memcpy(buffer_.get() + cached_, text.data(), size);
+    cached_ += size;
+    text.remove_prefix(size);
+    if (cached_ >= kBlockSize) Flush();
   }
-  if (!text.empty()) std::memcpy(buffer_.get() + cached_, text.data(), text.size());
-  cached_ += text.size();
-  if (cached_ >= kBlockSize) Flush();
 }
 
 void TTextStreamer::Flush() {

@@ -4,6 +4,7 @@
 #include <Streams.h>
 #include <TextBlock.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -16,7 +17,9 @@ enum class TStreamerMode { kRead, kWrite };
 
 /// Reads a byte stream line by line, or writes one; a streamer does one of the two for life, from
 /// the stream's current position on. Streams in memory are read in place and must not change
-/// meanwhile; others are read in blocks.
+/// meanwhile; others are read in blocks. Errors of the stream pass through. An operation of the
+/// other mode raises EError; only reading at the end of the input, where a writer always is, gives
+/// an empty line.
 ///
 /// A view returned by a reading operation is valid until the next operation; over a stream in
 /// memory it is valid as long as the stream's content.
@@ -24,6 +27,7 @@ class TTextStreamer {
  public:
   /// Borrows the stream.
   TTextStreamer(TStream& stream, TStreamerMode mode);
+  /// Takes the stream, which must not be null.
   TTextStreamer(std::unique_ptr<TStream> stream, TStreamerMode mode);
   TTextStreamer(const TTextStreamer&) = delete;
   TTextStreamer& operator=(const TTextStreamer&) = delete;
@@ -35,17 +39,17 @@ class TTextStreamer {
   std::string_view ReadLn();
   /// Skips lines up to the next one that begins with "--" and reads that one; false when there is
   /// none. Every byte of the skipped lines, line ends included, is appended to `skipped` when
-  /// given.
+  /// given. Without one, `LastLine` is undefined.
   bool ReadToDashes(std::string* skipped = nullptr);
 
   void WriteLn(std::string_view line);
   void Write(std::string_view text);
-  /// Writes the cache to the stream.
+  /// Writes the cache to the stream. After an error what it held is gone.
   void Flush();
   /// Truncates the stream being written to nothing.
   void Clear();
 
-  /// Goes on reading at an offset of the stream.
+  /// Goes on reading at an offset of the stream; behind its end there is nothing to read.
   void SetPosition(uint64_t offset);
   /// Goes to the start and reads up to that many lines.
   void SetLine(size_t count);
@@ -60,14 +64,15 @@ class TTextStreamer {
 
   /// Whether the source lies in memory, so that the four below serve.
   bool IsInMemory() const noexcept { return content_.has_value(); }
-  /// The bytes between two offsets, and those from the position on.
+  /// The bytes between two offsets, and those from the position on. Behind the end are none.
   std::string_view Content(uint64_t start, uint64_t end) const noexcept {
-    return content_->substr(static_cast<size_t>(start), static_cast<size_t>(end - start));
+    const uint64_t from = std::min(start, size_);
+    return {content_->data() + from, static_cast<size_t>(std::min(end, size_) - from)};
   }
-  std::string_view Rest() const noexcept { return content_->substr(position_); }
+  std::string_view Rest() const noexcept { return Content(position_, size_); }
   /// A block that holds the source; made by a copy when the stream has none.
   const TTextBlock& Block();
-  /// Skips bytes of a source in memory.
+  /// Skips bytes of a source in memory, at most those of `Rest`.
   void Skip(size_t size) noexcept;
 
  private:
