@@ -7,100 +7,28 @@
 #include <numeric>
 #include <utility>
 
+#include "TagText.h"
+
 namespace quarda {
 namespace {
 
-/// Up to this many attributes are searched one by one.
-constexpr size_t kFew = 16;
-
-constexpr std::string_view kNameEnd = " \r\n";
-
-/// Which quote is open while a text is walked.
-class TQuotes {
- public:
-  bool AreOpen() const noexcept { return open_ != '\0'; }
-  /// Takes the next character; true when it closed a quoted stretch.
-  bool Take(char c) noexcept {
-    if (c != '"' && c != '\'') return false;
-    if (open_ == '\0') {
-      open_ = c;
-    } else if (open_ == c) {
-      open_ = '\0';
-      return true;
-    }
-    return false;
-  }
-
- private:
-  char open_ = '\0';
-};
-
-/// Reads an attribute text: one attribute, then the white space behind it, and so on. A carriage
-/// return counts nowhere, so the text is read without them.
-class TAttrReader {
- public:
-  explicit TAttrReader(std::string_view text) : text_(DelChars(Trim(text), "\r")) {}
-
-  /// The text of the next attribute; nothing at the end or when a quote stays open.
-  std::optional<std::string_view> Next() {
-    TQuotes quotes;
-    for (size_t i = at_; i < text_.size(); ++i) {
-      if (quotes.Take(text_[i])) return TakeTo(i + 1);
-      if (!quotes.AreOpen() && IsSeparator(text_[i])) return TakeTo(i);
-    }
-    if (at_ == text_.size() || quotes.AreOpen()) return std::nullopt;
-    return TakeTo(text_.size());
-  }
-
-  void ReadSpace(TTagAttr& attribute) {
-    for (; at_ < text_.size() && IsSeparator(text_[at_]); ++at_) {
-      if (text_[at_] == '\n') {
-        ++attribute.lineBreaks;
-        attribute.blanks = 0;
-      } else {
-        ++attribute.blanks;
-      }
-    }
-  }
-
- private:
-  static bool IsSeparator(char c) noexcept { return c == ' ' || c == '\n'; }
-
-  std::string_view TakeTo(size_t end) {
-    const size_t start = std::exchange(at_, end);
-    return std::string_view(text_).substr(start, end - start);
-  }
-
-  const std::string text_;
-  size_t at_ = 0;
-};
-
-void AppendAttribute(std::string& text, const TTagAttr& attribute) {
-  text += attribute.name;
-  if (!attribute.value.empty()) text.append("=").append(attribute.value);
-}
-
-std::string_view WithoutBrackets(std::string_view tagText) noexcept {
-  if (tagText.starts_with('<')) tagText.remove_prefix(1);
-  if (tagText.ends_with('>')) tagText.remove_suffix(1);
-  return tagText;
-}
+/// Of a list without changes in between, so many look-ups search it one by one; then it is sorted.
+constexpr size_t kSearches = 16;
 
 }  // namespace
 
 void TAttrList::Clear() {
   pending_.reset();
   attributes_.clear();
-  sorted_.clear();
+  ForgetSearches();
 }
 
 void TAttrList::Parse(std::string_view text) {
-  TAttrReader reader(text);
   Clear();
-  while (const auto next = reader.Next()) {
-    TTagAttr& attribute = Add();
-    ParseOne(*next, attribute.name, attribute.value);
-    reader.ReadSpace(attribute);
+  for (TAttrReader reader(text); reader.Next();) {
+    const TAttrView& read = reader.Attribute();
+    attributes_.push_back(
+        {std::string(read.name), std::string(read.value), read.lineBreaks, read.blanks});
   }
 }
 
@@ -111,11 +39,10 @@ void TAttrList::Prepare() {
 }
 
 void TAttrList::ParseOne(std::string_view text, std::string& name, std::string& value) {
-  TQuotes quotes;
   size_t equals = 0;
-  for (; equals < text.size(); ++equals) {
-    quotes.Take(text[equals]);
-    if (text[equals] == '=' && !quotes.AreOpen()) break;
+  for (; equals < text.size() && text[equals] != '='; ++equals) {
+    const char c = text[equals];
+    if (c == '"' || c == '\'') equals = std::min(text.find(c, equals + 1), text.size() - 1);
   }
   const std::string_view rest = text.substr(equals);
   std::string newValue(rest.empty() ? rest : rest.substr(1));  // the text may be one of the results
@@ -132,10 +59,8 @@ std::string TAttrList::GetAsString() const {
   if (pending_) return *pending_;
   std::string text;
   for (const TTagAttr& attribute : attributes_) {
-    AppendAttribute(text, attribute);
-    text += LineFeed(attribute.lineBreaks);
-    const bool hasLayout = attribute.lineBreaks > 0 || attribute.blanks > 0;
-    text += RepeatChar(' ', hasLayout ? attribute.blanks : 1);
+    AppendWithSpace(text,
+                    {attribute.name, attribute.value, attribute.lineBreaks, attribute.blanks});
   }
   if (text.ends_with(' ')) text.pop_back();
   return text;
@@ -152,7 +77,7 @@ std::string TAttrList::GetAsProperString() const {
   }
   for (const TTagAttr& attribute : attributes_) {
     if (&attribute != attributes_.data()) text += ' ';
-    AppendAttribute(text, attribute);
+    AppendAttribute(text, attribute.name, attribute.value);
   }
   return text;
 }
@@ -163,9 +88,14 @@ TTagAttr* TAttrList::Attribute(int32_t index) {
   return isInside ? &attributes_[static_cast<size_t>(index)] : nullptr;
 }
 
-TTagAttr& TAttrList::Add() {
+void TAttrList::ForgetSearches() {
   sorted_.clear();
-  return attributes_.emplace_back();
+  searches_ = 0;
+}
+
+void TAttrList::Add(TTagAttr attribute) {
+  ForgetSearches();
+  attributes_.push_back(std::move(attribute));
 }
 
 int32_t TAttrList::GetCount() {
@@ -187,7 +117,8 @@ void TAttrList::SortNames() {
 
 int32_t TAttrList::FindFirst(std::string_view name) {
   Prepare();
-  if (attributes_.size() <= kFew) {
+  if (searches_ < kSearches) {
+    ++searches_;
     const auto found = std::ranges::find_if(attributes_, [name](const TTagAttr& attribute) {
       return platform::SameAnsiText(attribute.name, name);
     });
@@ -222,7 +153,7 @@ void TAttrList::SetNames(int32_t index, std::string_view name) {
     return;
   }
   *attribute = {std::string(name), std::move(attribute->value), 0, 0};
-  sorted_.clear();
+  ForgetSearches();
 }
 
 std::string TAttrList::GetValues(int32_t index) {
@@ -242,14 +173,14 @@ void TAttrList::SetValue(std::string_view name, std::string_view value) {
   if (index >= 0) {
     SetValues(index, value);
   } else {
-    TTagAttr added{std::string(name), NeedQuotations(value), 0, 0};
-    Add() = std::move(added);
+    Add({std::string(name), NeedQuotations(value), 0, 0});
   }
 }
 
 std::string TAttrList::GetAttrStrings(int32_t index) {
   std::string text;
-  if (const TTagAttr* attribute = Attribute(index)) AppendAttribute(text, *attribute);
+  if (const TTagAttr* attribute = Attribute(index))
+    AppendAttribute(text, attribute->name, attribute->value);
   return text;
 }
 
@@ -263,7 +194,7 @@ void TAttrList::SetAttrStrings(int32_t index, std::string_view text) {
   TTagAttr changed;
   ParseOne(text, changed.name, changed.value);
   *attribute = std::move(changed);
-  sorted_.clear();
+  ForgetSearches();
 }
 
 std::string TAttrList::GetAttrString(std::string_view name) {
@@ -277,14 +208,14 @@ void TAttrList::SetAttrString(std::string_view name, std::string_view text) {
   } else if (!text.empty()) {
     TTagAttr added;
     ParseOne(text, added.name, added.value);
-    Add() = std::move(added);
+    Add(std::move(added));
   }
 }
 
 bool TAttrList::Delete(int32_t index) {
   if (!Attribute(index)) return false;
   attributes_.erase(attributes_.begin() + index);
-  sorted_.clear();
+  ForgetSearches();
   return true;
 }
 
@@ -321,20 +252,12 @@ TAttrListGuardRef ParseTag(std::string_view tagText, int32_t start, int32_t end)
   return tag;
 }
 
-std::string_view TagNameOf(std::string_view tagText) noexcept {
-  std::string_view name = WithoutBrackets(tagText);
-  name = name.substr(0, name.find_first_of(kNameEnd));
-  if (name.ends_with('/')) name.remove_suffix(1);
-  return name;
-}
+std::string_view TagNameOf(std::string_view tagText) noexcept { return SplitTag(tagText).name; }
 
 void TagStringToComponents(std::string_view tagText, std::string& name, std::string& attrText) {
-  std::string_view rest = WithoutBrackets(tagText);
-  rest.remove_prefix(std::min(rest.find_first_of(kNameEnd), rest.size()));
-  if (!rest.empty()) rest.remove_prefix(1);
-  if (rest.starts_with('\r') || rest.starts_with('\n')) rest.remove_prefix(1);
-  std::string newName(TagNameOf(tagText));  // the text may be one of the results
-  attrText = std::string(rest);
+  const TTagParts parts = SplitTag(tagText);
+  std::string newName(parts.name);  // the text may be one of the results
+  attrText = std::string(parts.attributes);
   name = std::move(newName);
 }
 

@@ -70,12 +70,14 @@ class TAttrList {
 
  private:
   TTagAttr* Attribute(int32_t index);
-  TTagAttr& Add();
+  void Add(TTagAttr attribute);
   int32_t FindFirst(std::string_view name);
   void SortNames();
+  void ForgetSearches();
 
   std::vector<TTagAttr> attributes_;
   std::optional<std::string> pending_;
+  size_t searches_ = 0;           // by name, since the attributes last changed
   std::vector<uint32_t> sorted_;  // attributes by name; empty when a name changed
 };
 

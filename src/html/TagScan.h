@@ -51,66 +51,32 @@ class TTagScan {
 
   /// The first tag that starts at or behind the offset.
   TTagSpan Next(size_t from) {
+    const size_t start = FindStart(from);
+    return start == kNowhere ? TTagSpan() : TagAt(start);
+  }
+
+  /// The first "<" at or behind the offset, or kNowhere.
+  size_t FindStart(size_t from) const noexcept { return Find('<', from); }
+
+  /// The tag of the "<" there.
+  TTagSpan TagAt(size_t start) {
     TTagSpan tag;
-    tag.start = Find('<', from);
-    if (!tag) return tag;
-    const char second = At(tag.start + 1);
-    if (second == '!' && StartsWith(tag.start + 2, "--")) {
-      tag.end = FindMark("-->", tag.start + 1);
-    } else if (second == '?' && IsLetter(At(tag.start + 2))) {
-      tag.end = FindInstructionEnd(tag.start + 2);
-      tag.loose = tag.end == kNowhere;
-      if (tag.loose) tag.end = FindTagEnd(tag.start + 1);
+    tag.start = start;
+    const char second = At(start + 1);
+    if (second == '!' && StartsWith(start + 2, "--")) {
+      tag.end = FindMark("-->", start + 1);
     } else {
-      tag.end = FindTagEnd(tag.start + 1);
+      const bool isInstruction = second == '?' && IsLetter(At(start + 2));
+      tag.end = isInstruction ? FindInstructionEnd(start + 2) : kNowhere;
+      tag.loose = isInstruction && tag.end == kNowhere;
+      if (tag.end == kNowhere) tag.end = FindTagEnd(start + 1);
     }
     tag.cutOff = tag.end == kNowhere;
     if (tag.cutOff) tag.end = source_.Size();
     return tag;
   }
 
- private:
-  static bool IsLetter(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-
-  char At(size_t at) const noexcept {
-    const std::string_view view = source_.ViewFrom(at);
-    return view.empty() ? '\0' : view.front();
-  }
-
-  bool StartsWith(size_t at, std::string_view text) const noexcept {
-    for (const char c : text) {
-      if (At(at++) != c) return false;
-    }
-    return true;
-  }
-
-  size_t Find(char c, size_t from) const noexcept {
-    while (true) {
-      const std::string_view view = source_.ViewFrom(from);
-      if (view.empty()) return kNowhere;
-      const size_t at = view.find(c);
-      if (at != std::string_view::npos) return from + at;
-      from += view.size();
-    }
-  }
-
-  /// Behind the first occurrence of the mark, which ends with its only ">".
-  size_t FindMark(std::string_view mark, size_t from) const noexcept {
-    const size_t before = mark.size() - 1;
-    for (size_t at = from + before; (at = Find('>', at)) != kNowhere; ++at) {
-      if (StartsWith(at - before, mark.substr(0, before))) return at + 1;
-    }
-    return kNowhere;
-  }
-
-  size_t FindInstructionEnd(size_t from) noexcept {
-    if (from >= noMark_) return kNowhere;
-    const size_t end = FindMark("?>", from);
-    if (end == kNowhere) noMark_ = from;
-    return end;
-  }
-
-  /// Behind the first ">" outside quotes.
+  /// Behind the first ">" outside quotes from there on, or kNowhere.
   size_t FindTagEnd(size_t from) const noexcept {
     char quote = '\0';
     while (true) {
@@ -133,6 +99,48 @@ class TTagScan {
       }
       from += view.size();
     }
+  }
+
+ private:
+  static bool IsLetter(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+  char At(size_t at) const noexcept {
+    const std::string_view view = source_.ViewFrom(at);
+    return view.empty() ? '\0' : view.front();
+  }
+
+  bool StartsWith(size_t at, std::string_view text) const noexcept {
+    for (const char c : text) {
+      if (At(at++) != c) return false;
+    }
+    return true;
+  }
+
+  size_t Find(char c, size_t from) const noexcept {
+    while (true) {
+      const std::string_view view = source_.ViewFrom(from);
+      if (view.empty()) return kNowhere;
+      if (view.front() == c) return from;  // a tag often stands right behind another
+      const size_t at = view.find(c);
+      if (at != std::string_view::npos) return from + at;
+      from += view.size();
+    }
+  }
+
+  /// Behind the first occurrence of the mark, which ends with its only ">".
+  size_t FindMark(std::string_view mark, size_t from) const noexcept {
+    const size_t before = mark.size() - 1;
+    for (size_t at = from + before; (at = Find('>', at)) != kNowhere; ++at) {
+      if (StartsWith(at - before, mark.substr(0, before))) return at + 1;
+    }
+    return kNowhere;
+  }
+
+  size_t FindInstructionEnd(size_t from) noexcept {
+    if (from >= noMark_) return kNowhere;
+    const size_t end = FindMark("?>", from);
+    if (end == kNowhere) noMark_ = from;
+    return end;
   }
 
   const TSource& source_;

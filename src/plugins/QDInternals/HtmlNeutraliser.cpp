@@ -7,10 +7,13 @@
 
 #include <CodePage.h>
 #include <MiniHtmlParser.h>
+#include <TagText.h>
 #include <Utils.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstring>
 #include <utility>
 
 namespace quarda {
@@ -23,77 +26,137 @@ constexpr std::string_view kFrameJudged = "iframe found and marked as virus.";
 constexpr std::string_view kFrameIgnored = "Http-iframe found and ignored.";
 constexpr std::string_view kFrameRemoved = "iframe found and removed.";
 
-constexpr std::string_view kObject = "object";
-constexpr std::string_view kScript = "script";
-constexpr std::string_view kFrame = "iframe";
+// What makes an object an ActiveX one.
+constexpr std::string_view kClass = "classid";
+
+// An element that is made harmless, and the name that no browser knows. All names have six letters.
+struct TElement {
+  std::string_view name;
+  std::string_view newStart;
+  std::string_view newClosingTag;
+};
+constexpr TElement kObject = {"object", "<block_object", "</block_object>"};
+constexpr TElement kScript = {"script", "<block_script", "</block_script>"};
+constexpr TElement kFrame = {"iframe", "<block_iframe", "</block_iframe>"};
+
+constexpr size_t kNameSize = kObject.name.size();
+static_assert(kScript.name.size() == kNameSize && kFrame.name.size() == kNameSize);
+
+// The first letters of a text as one number, letter case apart: it equals that of a name only when
+// the letters do.
+uint64_t SmallLetters(const char* text) noexcept {
+  uint32_t first;
+  uint16_t rest;
+  static_assert(sizeof first + sizeof rest == kNameSize);
+  std::memcpy(&first, text, sizeof first);
+  std::memcpy(&rest, text + sizeof first, sizeof rest);
+  return (first | uint64_t{rest} << 32) | 0x202020202020u;
+}
 
 // What a script may write that a page needs.
 constexpr std::string_view kWrittenElements[] = {"<object", "<iframe", "<script"};
 
-constexpr uint32_t kNone = UINT32_MAX;
-
-// A tag that opens or closes an element of a wanted name.
+// A tag that opens or closes a wanted element. A page has many of them: offsets stay small.
 struct TWantedTag {
-  size_t start;
-  size_t end;
-  uint32_t name;
-  uint32_t closing = kNone;  // the tag that closes the element
+  uint32_t start = 0;
+  uint32_t end = 0;
+  uint32_t partner = 0;  // its closing tag; a start tag left open has the one open before it
+  uint8_t element = 0;
   bool closes = false;
   bool renamed = false;
 };
 
-// Walks through the start tags of the elements with the given names (in small letters) and builds
-// the changed page. Borrows the page.
+// Whether the text goes on like that, which is in small letters.
+bool GoesOnWith(std::string_view text, size_t at, std::string_view small) {
+  return at + small.size() <= text.size() &&
+         std::ranges::equal(text.substr(at, small.size()), small,
+                            [](char c, char other) { return platform::LowerAnsi(c) == other; });
+}
+
+// Walks through the start tags of the given elements, whose names differ in the first letter, and
+// builds the changed page. Borrows the page, which is smaller than 4 GB.
 class TPageWalk {
  public:
-  TPageWalk(std::string_view html, std::vector<std::string_view> names)
-      : html_(html), names_(std::move(names)) {
+  TPageWalk(std::string_view html, std::vector<const TElement*> elements)
+      : html_(html), elements_(std::move(elements)), open_(elements_.size(), 0) {
+    for (size_t i = 0; i < elements_.size(); ++i) {
+      const char letter = elements_[i]->name.front();
+      for (const char c : {letter, platform::UpperAnsi(letter)}) {
+        byLetter_[static_cast<unsigned char>(c)] = static_cast<uint8_t>(i + 1);
+      }
+      letters_.push_back(SmallLetters(elements_[i]->name.data()));
+    }
     FindTags();
-    PairTags();
   }
 
   // Goes to the next start tag that is still there.
   bool Next() {
-    for (at_ = next_++; at_ < tags_.size(); at_ = next_++) {
+    while (++at_ < tags_.size()) {
       const TWantedTag& tag = tags_[at_];
       if (tag.start < done_) continue;  // removed with its element
       if (!tag.closes && tag.start >= passedUpTo_) return true;
-      if (tag.renamed) Replace(tag.start, tag.end, RenamedClosing(tag));
+      if (!tag.renamed) continue;
+      StartReplacing();
+      changed_ += elements_[tag.element]->newClosingTag;
+      Finish(tag.end);
     }
     return false;
   }
 
-  std::string_view Name() const { return names_[tags_[at_].name]; }
-  TAttrListGuardRef Tag() const {
+  const TElement& Element() const { return *elements_[tags_[at_].element]; }
+  std::string_view Attributes() const {
     const TWantedTag& tag = tags_[at_];
-    return ParseTag(html_.substr(tag.start, tag.end - tag.start),
-                    static_cast<int32_t>(tag.start + 1), static_cast<int32_t>(tag.end));
+    return AttributesBehind(tag.start + 1 + kNameSize, tag.end);
   }
-  bool IsClosed() const { return tags_[at_].closing != kNone; }
+  bool IsClosed() const { return tags_[at_].partner > at_; }
 
   // What stands in a closed element, with the edits made so far.
   std::string Content() const {
     std::string content;
+    const uint32_t closing = tags_[at_].partner;
     size_t done = tags_[at_].end;
-    for (uint32_t i = at_ + 1; i < tags_[at_].closing; ++i) {
+    for (uint32_t i = at_ + 1; i < closing; ++i) {
       const TWantedTag& tag = tags_[i];
       if (!tag.renamed) continue;
-      content.append(html_.substr(done, tag.start - done)).append(RenamedClosing(tag));
+      content.append(html_.substr(done, tag.start - done));
+      content.append(elements_[tag.element]->newClosingTag);
       done = tag.end;
     }
-    return content.append(html_.substr(done, tags_[tags_[at_].closing].start - done));
+    return content.append(html_.substr(done, tags_[closing].start - done));
   }
 
-  // Gives the element a name that no browser knows; the start tag is written anew.
-  void Rename(IAttrListGuard& tag) {
-    const TWantedTag& place = tags_[at_];
-    if (IsClosed()) tags_[place.closing].renamed = true;
-    tag.SetTagName(Concat({"block_", Name()}));
-    Replace(place.start, place.end, tag.GetAsString());
+  // Gives the element its new name; the start tag is written anew.
+  void Rename() {
+    StartReplacing();
+    AppendTag(changed_, Element().newStart, Attributes(), [](TAttrView&) {});
+    FinishRenaming();
+  }
+
+  // Does so with an element whose first attribute of that name has a value, which gets lost. False,
+  // and nothing happens, without one.
+  bool RenameWithout(std::string_view name) {
+    if (Attributes().empty()) return false;
+    StartReplacing();
+    const size_t before = changed_.size();
+    std::optional<bool> hadValue;
+    AppendTag(changed_, Element().newStart, Attributes(), [&](TAttrView& attribute) {
+      if (hadValue || !platform::SameAnsiText(attribute.name, name)) return;
+      hadValue = !attribute.value.empty();
+      attribute = {.name = attribute.name, .value = "\"\""};
+    });
+    if (hadValue.value_or(false)) {
+      FinishRenaming();
+      return true;
+    }
+    changed_.resize(before);
+    return false;
   }
 
   // Removes the element, or the start tag alone when nothing closes it.
-  void Remove() { Replace(tags_[at_].start, EndOfElement(), {}); }
+  void Remove() {
+    StartReplacing();
+    Finish(EndOfElement());
+  }
 
   // Shows nothing of what stands in a closed element.
   void Pass() { passedUpTo_ = EndOfElement(); }
@@ -105,89 +168,119 @@ class TPageWalk {
   }
 
  private:
+  // The rest of a tag behind its name. A slash there counts to the name.
+  std::string_view AttributesBehind(size_t nameEnd, size_t tagEnd) const {
+    std::string_view rest = html_.substr(nameEnd, tagEnd - nameEnd);
+    if (rest.ends_with('>')) rest.remove_suffix(1);
+    if (rest.starts_with('/')) rest.remove_prefix(1);
+    return rest;
+  }
+
   void FindTags() {
     const TStringSource source(html_);
     size_t noMark = kNowhere;
     TTagScan scan(source, noMark);
-    size_t from = 0;
-    while (const TTagSpan tag = scan.Next(from)) {
-      AddIfWanted(tag);
-      from = tag.end;
+    for (size_t at = 0; (at = scan.FindStart(at)) != kNowhere;) {
+      const bool closes = CharAt(at + 1) == '/';
+      const size_t nameStart = at + (closes ? 2 : 1);
+      const uint8_t number = byLetter_[static_cast<unsigned char>(CharAt(nameStart))];
+      const bool isWanted = number != 0 && html_.size() - nameStart >= kNameSize &&
+                            SmallLetters(&html_[nameStart]) == letters_[number - 1];
+      const size_t nameEnd = nameStart + kNameSize;
+      size_t end = nameEnd + 1;
+      if (!isWanted || CharAt(nameEnd) != '>') end = scan.TagAt(at).end;
+      if (isWanted && IsNameEnd(nameEnd, end)) {
+        Add({.start = static_cast<uint32_t>(at),
+             .end = static_cast<uint32_t>(end),
+             .element = static_cast<uint8_t>(number - 1),
+             .closes = closes});
+      }
+      at = end;
     }
   }
 
-  void AddIfWanted(const TTagSpan& tag) {
-    const std::string_view text = html_.substr(tag.start, tag.end - tag.start);
-    const size_t before = text.size() > 1 && text[1] == '/' ? 2 : 1;
-    for (uint32_t i = 0; i < names_.size(); ++i) {
-      // Most tags differ in the first letter; the whole name is looked at only when it can fit.
-      const std::string_view name = names_[i];
-      if (text.size() < before + name.size() || platform::LowerAnsi(text[before]) != name[0] ||
-          !platform::SameAnsiText(text.substr(before, name.size()), name) ||
-          TagNameOf(text).size() != before - 1 + name.size()) {
-        continue;
-      }
-      tags_.push_back({.start = tag.start, .end = tag.end, .name = i, .closes = before == 2});
-      return;
-    }
+  bool IsNameEnd(size_t nameEnd, size_t tagEnd) const {
+    const std::string_view rest = AttributesBehind(nameEnd, tagEnd);
+    return rest.empty() || EndsTagName(rest.front());
   }
 
   // A closing tag belongs to the last start tag of its name that is still open.
-  void PairTags() {
-    std::vector<std::vector<uint32_t>> open(names_.size());
-    for (uint32_t i = 0; i < tags_.size(); ++i) {
-      std::vector<uint32_t>& stack = open[tags_[i].name];
-      if (!tags_[i].closes) {
-        stack.push_back(i);
-      } else if (!stack.empty()) {
-        tags_[stack.back()].closing = i;
-        stack.pop_back();
-      }
+  void Add(TWantedTag tag) {
+    const auto added = static_cast<uint32_t>(tags_.size());
+    uint32_t& open = open_[tag.element];
+    if (!tag.closes) {
+      tag.partner = std::exchange(open, added);
+    } else if (open != 0) {
+      open = std::exchange(tags_[open].partner, added);
     }
+    tags_.push_back(tag);
   }
+
+  char CharAt(size_t at) const noexcept { return at < html_.size() ? html_[at] : '\0'; }
 
   size_t EndOfElement() const {
-    return IsClosed() ? tags_[tags_[at_].closing].end : tags_[at_].end;
-  }
-  std::string RenamedClosing(const TWantedTag& tag) const {
-    return Concat({"</block_", names_[tag.name], ">"});
+    return IsClosed() ? tags_[tags_[at_].partner].end : tags_[at_].end;
   }
 
-  void Replace(size_t from, size_t to, std::string_view text) {
-    if (!modified_) changed_.reserve(html_.size());
+  // Copies what stands in front of the current tag.
+  void StartReplacing() {
+    if (changed_.empty()) changed_.reserve(html_.size());
+    const size_t start = tags_[at_].start;
+    if (start > done_) changed_.append(html_.substr(done_, start - done_));
+    done_ = start;
+  }
+  void FinishRenaming() {
+    const TWantedTag& tag = tags_[at_];
+    if (IsClosed()) tags_[tag.partner].renamed = true;
+    Finish(tag.end);
+  }
+  void Finish(size_t end) {
     modified_ = true;
-    changed_.append(html_.substr(done_, from - done_)).append(text);
-    done_ = to;
+    done_ = end;
   }
 
   const std::string_view html_;
-  const std::vector<std::string_view> names_;
-  std::vector<TWantedTag> tags_;
+  const std::vector<const TElement*> elements_;
+  std::vector<uint64_t> letters_;        // of the names
+  std::array<uint8_t, 256> byLetter_{};  // elements from 1, by the first letter of the name
+  std::vector<uint32_t> open_;  // for each element: the last start tag that nothing closed so far
+  std::vector<TWantedTag> tags_ = std::vector<TWantedTag>(1);  // from 1, so that 0 is none
   uint32_t at_ = 0;
-  uint32_t next_ = 0;
   size_t passedUpTo_ = 0;
   std::string changed_;
   size_t done_ = 0;  // up to there the page is copied, changed or removed
   bool modified_ = false;
 };
 
-std::vector<std::string_view> NamesFor(const THtmlRules& rules) {
-  std::vector<std::string_view> names;
-  if (rules.disableActiveX) names.push_back(kObject);
-  if (rules.disableScripts) names.push_back(kScript);
-  return names;
+std::vector<const TElement*> ElementsFor(const THtmlRules& rules) {
+  std::vector<const TElement*> elements;
+  if (rules.disableActiveX) elements.push_back(&kObject);
+  if (rules.disableScripts) elements.push_back(&kScript);
+  return elements;
 }
 
-bool IsActiveX(IAttrListGuard& object) { return !object.GetAttrList().GetValue("classid").empty(); }
+bool WritesElements(std::string_view script) {
+  for (size_t at = 0; (at = script.find('<', at)) != std::string_view::npos; ++at) {
+    if (std::ranges::any_of(kWrittenElements, [&](std::string_view written) {
+          return GoesOnWith(script, at, written);
+        })) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool IsBlocked(std::string_view script, const std::vector<std::string>& entries) {
+  if (entries.empty()) return false;
+  const std::string text = platform::LowerAnsi(script);
+  return std::ranges::any_of(
+      entries, [&](const std::string& entry) { return text.find(entry) != std::string::npos; });
+}
 
 bool MayStay(const TPageWalk& script, const THtmlRules& rules) {
   if (rules.alwaysRemoveScripts || !script.IsClosed()) return false;
-  const std::string text = platform::LowerAnsi(script.Content());
-  const auto occurs = [&text](std::string_view part) {
-    return text.find(part) != std::string::npos;
-  };
-  return std::ranges::any_of(kWrittenElements, occurs) &&
-         std::ranges::none_of(rules.blockedScripts, occurs);
+  const std::string text = script.Content();
+  return WritesElements(text) && !IsBlocked(text, rules.blockedScripts);
 }
 
 enum class TFrameAction { kIgnore, kJudge, kRetag, kRemove };
@@ -207,8 +300,9 @@ TFrameAction ActionFor(TIFrameBlockMode mode, bool isHttp) noexcept {
   }
 }
 
-bool HasHttpSource(IAttrListGuard& tag) {
-  const std::string source = DelQuotes(tag.GetAttrList().GetValue("src"));
+bool HasHttpSource(std::string_view attributes) {
+  if (attributes.empty()) return false;
+  const std::string source = DelQuotes(ValueOf(attributes, "src"));
   return platform::SameAnsiText(std::string_view(source).substr(0, 7), "http://");
 }
 
@@ -216,13 +310,10 @@ bool HasHttpSource(IAttrListGuard& tag) {
 
 std::optional<std::string> NeutraliseHtml(std::string_view html, const THtmlRules& rules,
                                           const THtmlLog& log) {
-  TPageWalk walk(html, NamesFor(rules));
+  TPageWalk walk(html, ElementsFor(rules));
   while (walk.Next()) {
-    if (walk.Name() == kObject) {
-      const TAttrListGuardRef tag = walk.Tag();
-      if (!IsActiveX(*tag)) continue;
-      tag->GetAttrList().SetValue("classid", "\"\"");
-      walk.Rename(*tag);
+    if (&walk.Element() == &kObject) {
+      if (!walk.RenameWithout(kClass)) continue;
       log(kLogWarning, kObjectDeactivated);
     } else if (MayStay(walk, rules)) {
       walk.Pass();
@@ -235,10 +326,9 @@ std::optional<std::string> NeutraliseHtml(std::string_view html, const THtmlRule
 }
 
 TIFrameResult BlockIFrames(std::string_view html, TIFrameBlockMode mode, const THtmlLog& log) {
-  TPageWalk walk(html, {kFrame});
+  TPageWalk walk(html, {&kFrame});
   while (walk.Next()) {
-    const TAttrListGuardRef tag = walk.Tag();
-    switch (ActionFor(mode, HasHttpSource(*tag))) {
+    switch (ActionFor(mode, HasHttpSource(walk.Attributes()))) {
       case TFrameAction::kIgnore:
         log(kLogExtended, kFrameIgnored);
         break;
@@ -246,7 +336,7 @@ TIFrameResult BlockIFrames(std::string_view html, TIFrameBlockMode mode, const T
         log(kLogWarning, kFrameJudged);
         return {.isVirus = true, .html = std::nullopt};
       case TFrameAction::kRetag:
-        walk.Rename(*tag);
+        walk.Rename();
         log(kLogWarning, kFrameRetagged);
         break;
       case TFrameAction::kRemove:

@@ -1,0 +1,80 @@
+// The text of one tag, read and written without a tag object.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace quarda {
+
+/// The two halves of a tag's text; views into it.
+struct TTagParts {
+  std::string_view name;        ///< "/b" for a closing tag
+  std::string_view attributes;  ///< the text of all attributes
+};
+
+TTagParts SplitTag(std::string_view tagText) noexcept;
+
+/// Whether a tag's name ends in front of that character.
+inline bool EndsTagName(char c) noexcept { return c == ' ' || c == '\r' || c == '\n'; }
+
+/// One attribute where it stands.
+struct TAttrView {
+  std::string_view name;
+  std::string_view value;  ///< all behind the "=", with its quotes; empty without "="
+  int32_t lineBreaks = 0;  ///< line feeds in the white space behind it
+  int32_t blanks = 0;      ///< blanks behind the last of them
+};
+
+/// Reads the text of all attributes, one after another. It borrows the text, which is copied only
+/// when it holds a carriage return: these count nowhere.
+class TAttrReader {
+ public:
+  explicit TAttrReader(std::string_view text);
+  TAttrReader(const TAttrReader&) = delete;
+  TAttrReader& operator=(const TAttrReader&) = delete;
+
+  /// Reads the next attribute; false at the end, or when a quote stays open.
+  bool Next() noexcept;
+  /// The attribute read last. Its views are valid as long as the text and the reader.
+  TAttrView& Attribute() noexcept { return attribute_; }
+
+ private:
+  void ReadSpace() noexcept;
+
+  std::string withoutReturns_;
+  std::string_view text_;
+  size_t at_ = 0;
+  TAttrView attribute_;
+};
+
+/// `name=value`, without "=" for an empty value.
+void AppendAttribute(std::string& text, std::string_view name, std::string_view value);
+/// The attribute and the white space behind it, at least one blank.
+void AppendWithSpace(std::string& text, const TAttrView& attribute);
+
+/// Writes a tag anew, as a tag object would: `start` ("<" and its name) and the attributes.
+/// `change` may alter each attribute (a TAttrView) on the way.
+template <class TChange>
+void AppendTag(std::string& text, std::string_view start, std::string_view attributes,
+               const TChange& change) {
+  text += start;
+  const size_t before = text.size();
+  if (!attributes.empty()) {
+    for (TAttrReader reader(attributes); reader.Next();) {
+      if (text.size() == before) text += ' ';
+      change(reader.Attribute());
+      AppendWithSpace(text, reader.Attribute());
+    }
+    // One blank stands between the name and the attributes, none behind them.
+    if (text.size() > before + 1 && text.back() == ' ') text.pop_back();
+  }
+  text += '>';
+}
+
+/// The value, as written, of the first attribute of that name (letter case ignored); empty when
+/// there is none.
+std::string ValueOf(std::string_view attributes, std::string_view name);
+
+}  // namespace quarda
