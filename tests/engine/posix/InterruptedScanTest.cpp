@@ -74,6 +74,7 @@ struct TCase {
   std::string log;  ///< before the scan
   int32_t exitCode;
 };
+void PrintTo(const TCase& given, std::ostream* out) { *out << given.row; }
 
 const std::string kSettings =
     "[Common]\r\nInformOnVirus=1\r\nAdminAddress=admin@home\r\n"
