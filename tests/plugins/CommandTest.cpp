@@ -190,24 +190,32 @@ TEST_F(Command, OfAHookMayNameTheMailFile) {
 }
 
 TEST_F(Command, OfAHookReadsTheSubjectFromAFile) {
-  const std::filesystem::path fixed = std::filesystem::temp_directory_path() / "Quarda.sbj";
-  std::filesystem::remove(fixed);
-  const std::filesystem::path victim = scan_->folder.Native() / "victim";
+  const std::string temp = scan_->folder.Native().string() + "/";  // nobody else's
+  const char* const before = std::getenv("TMPDIR");
+  const std::string restored = before ? before : "/tmp";
+  setenv("TMPDIR", temp.c_str(), 1);
   scan_->folder.Write("victim", "old");
-  std::filesystem::create_symlink(victim, fixed);  // laid out by somebody who waits for us
+  scan_->folder.Write("Quarda.sbj", "of a scan that was killed");
+  scan_->folder.Write("Quarda1.sbj", "of a scan that runs");
+  // Laid out by somebody who waits for us.
+  std::filesystem::create_symlink(temp + "victim", temp + "Quarda2.sbj");
+  std::filesystem::create_directory(temp + "Quarda3.sbj");
   scan_->mail = MailWithSubject("Hi \"there\"");
   const std::string script =
       Script("read.sh",
              "cd \"${0%/*}\"; { stat -c %a \"$1\"; cat \"$1\"; echo \"|$1|$2\"; } > shown; exit 4");
-  EXPECT_EQ(StartApplication(*scan_, nullptr, script + " $SUBJECT$ $subject$"), 4u);
-  EXPECT_EQ(Content("shown"), "600\nHi \"there\"|" + fixed.string() + "|$subject$\n");
-  EXPECT_EQ(Content("victim"), "old");
-  EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(fixed)));
+  const auto shown = [&] {
+    EXPECT_EQ(StartApplication(*scan_, nullptr, script + " $SUBJECT$ $subject$"), 4u);
+    return Content("shown");
+  };
+  EXPECT_EQ(shown(), "600\nHi \"there\"|" + temp + "Quarda4.sbj|$subject$\n");
+  EXPECT_EQ(Content("victim") + Content("Quarda1.sbj"), "oldof a scan that runs");
+  EXPECT_FALSE(std::filesystem::exists(temp + "Quarda4.sbj"));
 
-  std::filesystem::create_directory(fixed);  // a name that we cannot take over
-  EXPECT_EQ(StartApplication(*scan_, nullptr, script + " $subject$"), 4u);
-  EXPECT_EQ(Content("shown").find("600\nHi \"there\"|"), 0u);
-  std::filesystem::remove(fixed);
+  platform::SetFileStamp(scan_->folder.Path("Quarda.sbj"), 0x30A87081);
+  EXPECT_EQ(shown(), "600\nHi \"there\"|" + temp + "Quarda.sbj|$subject$\n");
+  EXPECT_FALSE(std::filesystem::exists(temp + "Quarda.sbj"));
+  setenv("TMPDIR", restored.c_str(), 1);
 }
 
 TEST_F(Command, OfAHookWaitsOrNot) {

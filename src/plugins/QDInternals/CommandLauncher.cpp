@@ -1,5 +1,6 @@
 #include "CommandLauncher.h"
 
+#include <Errors.h>
 #include <Files.h>
 #include <PlatformError.h>
 #include <Process.h>
@@ -15,6 +16,7 @@
 #include "CommandLine.h"
 #include "CommandMacros.h"
 #include "PifFile.h"
+#include "StaleFiles.h"
 
 namespace quarda {
 namespace {
@@ -84,25 +86,38 @@ class TSubjectFile {
   }
 
   /// Writes it and returns its path. The name is known to everybody, so the file is created anew,
-  /// for this user alone; where somebody else keeps the name occupied, the file gets another one.
+  /// for this user alone; while another scan, or somebody else, has the name, the file gets a
+  /// number.
   const std::string& Write(std::string_view subject) {
-    constexpr int kLastTry = 99;
+    constexpr int kLastNumber = 999;
     for (int i = 0; path_.empty(); ++i) {
       const std::string number = i == 0 ? "" : std::to_string(i);
       const std::string path = Concat({GetTempDir(), kSubjectFileName, number, kSubjectFileExt});
-      if (i == 0) platform::RemoveExactFile(path);
-      try {
-        platform::TFile file(path, platform::TOpenMode::kCreateNew);
-        path_ = path;
-        file.Write(subject.data(), subject.size());
-      } catch (const platform::EPlatformError&) {
-        if (!path_.empty() || i == kLastTry) throw;
-      }
+      if (Create(path, subject) || (RemoveIfStale(path) && Create(path, subject))) break;
+      if (i == kLastNumber) throw EError("No free name for a subject file.");
     }
     return path_;
   }
 
  private:
+  /// False when the file cannot be created; with a file that cannot be written nothing else helps.
+  bool Create(const std::string& path, std::string_view subject) {
+    try {
+      platform::TFile file(path, platform::TOpenMode::kCreateNew);
+      path_ = path;
+      file.Write(subject.data(), subject.size());
+    } catch (const platform::EPlatformError&) {
+      if (!path_.empty()) throw;
+    }
+    return !path_.empty();
+  }
+  /// Of a scan that was killed. No program is waited for that long.
+  static bool RemoveIfStale(const std::string& path) {
+    const auto stamp = platform::FileStamp(path);
+    return stamp && *stamp < OldestFreshStamp(platform::SystemClock()) &&
+           platform::RemoveExactFile(path);
+  }
+
   std::string path_;
 };
 

@@ -37,9 +37,13 @@ bool IsFirstScanOfDay(std::optional<uint32_t> lastCounted, const platform::TCloc
   return !lastCounted || *lastCounted >> kTimeBits != now >> kTimeBits;
 }
 
+uint32_t OldestFreshStamp(const platform::TClock& clock) noexcept {
+  return platform::AddToDosStamp(platform::ToDosStamp(clock.Now()), -kDay);
+}
+
 void RemoveStaleFiles(std::string_view folder, const std::vector<TStaleNames>& names,
                       const platform::TClock& clock) {
-  const uint32_t limit = platform::AddToDosStamp(platform::ToDosStamp(clock.Now()), -kDay);
+  const uint32_t limit = OldestFreshStamp(clock);
   for (const auto& file : platform::FindFiles(JoinPath(folder, platform::kReplacementFiles))) {
     RemoveIfOld(folder, file, limit);
   }

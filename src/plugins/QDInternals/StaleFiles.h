@@ -27,6 +27,9 @@ std::string StatisticsPath(IQuardaInstance& scan);
 /// Whether the last scan, of this stamp, was counted on another day; also when there was none.
 bool IsFirstScanOfDay(std::optional<uint32_t> lastCounted, const platform::TClock& clock) noexcept;
 
+/// The stamp before which a temporary file belongs to nobody any more.
+uint32_t OldestFreshStamp(const platform::TClock& clock) noexcept;
+
 /// Removes files of these names from the folder that were last written more than a day ago, and
 /// those that were to replace a file there.
 void RemoveStaleFiles(std::string_view folder, const std::vector<TStaleNames>& names,
