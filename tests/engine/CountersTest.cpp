@@ -56,9 +56,9 @@ TEST_F(CountersTest, TrafficLog) {
   Settings("[Logging]\r\nLogInOut=1\r\n");
   const std::string mail =
       "From: =?iso-8859-1?Q?J=F6rg?= <j@example.net>\r\nTo: a@example.com, b@example.com\r\n"
-      "Subject: Hi\r\n\r\nText\r\n";
+      "Subject: =?iso-8859-1?Q?Hi=0D=0A[forged?=\r\n\r\nText\r\n";
   Scan(Mail("in_1.inp", mail));
-  const std::string line = "[2004-05-17 14:03]\t[J\xF6rg <j@example.net>]\t[Hi]\t[" +
+  const std::string line = "[2004-05-17 14:03]\t[J\xF6rg <j@example.net>]\t[Hi  [forged]\t[" +
                            std::to_string(mail.size()) + "]\t[0]\t[a@example.com;b@example.com]\t";
   EXPECT_EQ(Read(BasePath("QDInMails.log")), line + "\r\n");
   Scan(Mail("clean.txt"));

@@ -6,6 +6,8 @@
 #include <QDPlugin.h>
 #include <StringList.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <string>
 
 #include "EngineLog.h"
@@ -17,8 +19,13 @@ constexpr const char* kInLog = "QDInMails.log";
 constexpr const char* kOutLog = "QDOutMails.log";
 constexpr const char* kVirusMark = "[VIRUS !!!]";
 
+/// A decoded text may hold line breaks that would begin the line of a mail that never was.
 void AppendField(std::string& line, std::string_view text) {
-  line.append("[").append(text).append("]\t");
+  const size_t start = line.append("[").size();
+  line.append(text).append("]\t");
+  std::replace_if(
+      line.begin() + static_cast<ptrdiff_t>(start), line.end(),
+      [](char c) { return c == '\r' || c == '\n' || c == '\0'; }, ' ');
 }
 
 std::string MailLine(IQuardaInstance& scan, const platform::TClock& clock) {
