@@ -7,11 +7,14 @@
 #include <CommandLine.h>
 #include <DateText.h>
 #include <Files.h>
+#include <NamedObjects.h>
 #include <PlatformError.h>
 #include <Program.h>
 #include <Utils.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <optional>
 
 namespace quarda {
 namespace {
@@ -44,6 +47,31 @@ bool IsNested(IQuardaInstance& scan) {
   return app && app->GetInstanceCount() > 1;
 }
 
+bool IsFull(const platform::TFileRecord& log, IConfig& config) {
+  return static_cast<uint32_t>(log.size) > config.GetLogMaxFileSize() * 1024u;
+}
+
+/// Engines that find a log full at the same time make it the backup one after the other, and all
+/// but the first find a new one then. Otherwise that one would take the place of the backup.
+class TBackupTurn {
+ public:
+  TBackupTurn() noexcept {
+    constexpr uint32_t kLongestWait = 1000;
+    try {
+      mutex_.emplace("kestavon_Quarda_LogBackup");
+      isOurs_ = mutex_->Wait(kLongestWait) != platform::TWaitResult::kTimeOut;
+    } catch (const platform::EPlatformError&) {
+      // Where nothing can be shared, most engines are alone.
+    }
+  }
+
+  bool IsOurs() const noexcept { return isOurs_; }
+
+ private:
+  std::optional<platform::TNamedMutex> mutex_;
+  bool isOurs_ = true;
+};
+
 void AppendToFile(const std::string& path, std::string_view text) {
   platform::TFile file(path, platform::TOpenMode::kAppend);
   if (!text.empty()) file.Write(text.data(), text.size());
@@ -60,10 +88,12 @@ std::string LogFolder(IConfig& config, std::string_view baseFolder) {
 bool LimitLogFile(const std::string& path, IConfig& config) {
   const auto record = platform::FindFile(path);
   if (!record) return false;
-  const uint32_t limit = config.GetLogMaxFileSize() * 1024u;
-  if (static_cast<uint32_t>(record->size) <= limit) return true;
-  BackupFile(path);
-  platform::RemoveFile(path);
+  if (!IsFull(*record, config)) return true;
+  const TBackupTurn turn;
+  if (!turn.IsOurs()) return true;  // a later entry will
+  if (IsFull(FileGetInfo(path), config)) BackupFile(path);
+  // What could not be renamed goes. Entries that others have begun a new log with stay.
+  if (IsFull(FileGetInfo(path), config)) platform::RemoveFile(path);
   return platform::FileExists(path);
 }
 
