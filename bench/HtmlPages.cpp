@@ -57,6 +57,7 @@ std::vector<TPage> HostilePages(size_t size) {
       {"unclosed <iframe>", Repeat("<iframe>", size)},
       {"closed <iframe>", Repeat("<iframe></iframe>", size)},
       {"<iframe> in each other", Nested("<iframe>", "</iframe>", size)},
+      {"writing script full of <", "<script><iframe><!--" + Repeat("<", size) + "--></script>"},
       {"comment that never ends", "<!--" + Repeat("<script>", size)},
       {"one tag without end", "<object classid='" + Repeat("a ", size)},
       {"one tag of 100,000 attributes", Attributes(size / 10)},

@@ -57,7 +57,7 @@ std::string MegabytesPerSecond(double bytes, double seconds) {
 
 void PrintRow(const std::vector<std::string>& columns) {
   for (size_t i = 0; i < columns.size(); ++i) {
-    std::printf(i == 0 ? "%-36s" : " %12s", columns[i].c_str());
+    std::printf(i == 0 ? "%-36s" : " %15s", columns[i].c_str());
   }
   std::printf("\n");
 }

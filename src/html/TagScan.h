@@ -78,27 +78,17 @@ class TTagScan {
 
   /// Behind the first ">" outside quotes from there on, or kNowhere.
   size_t FindTagEnd(size_t from) const noexcept {
-    char quote = '\0';
-    while (true) {
-      const std::string_view view = source_.ViewFrom(from);
-      if (view.empty()) return kNowhere;
-      const char* at = view.data();
-      const char* const end = at + view.size();
-      while (at < end) {
-        if (quote != '\0') {
-          at = static_cast<const char*>(std::memchr(at, quote, static_cast<size_t>(end - at)));
-          if (at == nullptr) break;
-          quote = '\0';
-        } else {
-          while (at < end && !kTagMarks[static_cast<unsigned char>(*at)]) ++at;
-          if (at == end) break;
-          if (*at == '>') return from + static_cast<size_t>(at - view.data()) + 1;
-          quote = *at;
-        }
-        ++at;
-      }
-      from += view.size();
+    for (std::string_view view; !(view = source_.ViewFrom(from)).empty();) {
+      size_t at = 0;
+      while (at < view.size() && !kTagMarks[static_cast<unsigned char>(view[at])]) ++at;
+      from += at;
+      if (at == view.size()) continue;
+      if (view[at] == '>') return from + 1;
+      from = Find(view[at], from + 1);
+      if (from == kNowhere) break;
+      ++from;
     }
+    return kNowhere;
   }
 
  private:

@@ -58,18 +58,26 @@ TAttrReader::TAttrReader(std::string_view text) : text_(text) {
 bool TAttrReader::Next() noexcept {
   if (at_ == text_.size()) return false;
   const size_t nameEnd = FindMark(text_, TMark::kEquals, at_);
-  const bool hasValue = nameEnd < text_.size() && text_[nameEnd] == '=';
-  size_t end = hasValue ? FindMark(text_, TMark::kSpace, nameEnd + 1) : nameEnd;
+  const bool hasEquals = nameEnd < text_.size() && text_[nameEnd] == '=';
+  size_t end = hasEquals ? FindMark(text_, TMark::kSpace, nameEnd + 1) : nameEnd;
   if (end < text_.size() && MarkOf(text_[end]) == TMark::kQuote) {
     end = text_.find(text_[end], end + 1);
     if (end == std::string_view::npos) return false;
     ++end;
   }
-  attribute_.name = text_.substr(at_, (hasValue ? nameEnd : end) - at_);
-  attribute_.value = hasValue ? text_.substr(nameEnd + 1, end - nameEnd - 1) : std::string_view();
+  attribute_.name = text_.substr(at_, (hasEquals ? nameEnd : end) - at_);
+  attribute_.value = hasEquals ? text_.substr(nameEnd + 1, end - nameEnd - 1) : std::string_view();
+  hasEquals_ = hasEquals;
+  start_ = at_;
   at_ = end;
   ReadSpace();
   return true;
+}
+
+bool TAttrReader::IsAsWritten() const noexcept {
+  const bool keepsSpace =
+      attribute_.lineBreaks == 0 && (attribute_.blanks > 0 || at_ == text_.size());
+  return keepsSpace && (!hasEquals_ || !attribute_.value.empty());
 }
 
 void TAttrReader::ReadSpace() noexcept {

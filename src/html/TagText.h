@@ -39,14 +39,25 @@ class TAttrReader {
   bool Next() noexcept;
   /// The attribute read last. Its views are valid as long as the text and the reader.
   TAttrView& Attribute() noexcept { return attribute_; }
+  /// Whether it would be written as it stands; a blank behind the last attribute does not count.
+  bool IsAsWritten() const noexcept;
+
+  /// The place of the attribute with the white space behind it, in the text that is read.
+  size_t Start() const noexcept { return start_; }
+  size_t End() const noexcept { return at_; }
+  std::string_view Slice(size_t from, size_t to) const noexcept {
+    return text_.substr(from, to - from);
+  }
 
  private:
   void ReadSpace() noexcept;
 
   std::string withoutReturns_;
   std::string_view text_;
+  size_t start_ = 0;
   size_t at_ = 0;
   TAttrView attribute_;
+  bool hasEquals_ = false;
 };
 
 /// `name=value`, without "=" for an empty value.
@@ -55,18 +66,23 @@ void AppendAttribute(std::string& text, std::string_view name, std::string_view 
 void AppendWithSpace(std::string& text, const TAttrView& attribute);
 
 /// Writes a tag anew, as a tag object would: `start` ("<" and its name) and the attributes.
-/// `change` may alter each attribute (a TAttrView) on the way.
+/// `change` gets each attribute (a TAttrView) and tells whether it altered it.
 template <class TChange>
 void AppendTag(std::string& text, std::string_view start, std::string_view attributes,
                const TChange& change) {
   text += start;
   const size_t before = text.size();
   if (!attributes.empty()) {
-    for (TAttrReader reader(attributes); reader.Next();) {
+    TAttrReader reader(attributes);
+    size_t done = 0;
+    while (reader.Next()) {
       if (text.size() == before) text += ' ';
-      change(reader.Attribute());
+      if (!change(reader.Attribute()) && reader.IsAsWritten()) continue;
+      text += reader.Slice(done, reader.Start());
       AppendWithSpace(text, reader.Attribute());
+      done = reader.End();
     }
+    text += reader.Slice(done, reader.End());
     // One blank stands between the name and the attributes, none behind them.
     if (text.size() > before + 1 && text.back() == ' ') text.pop_back();
   }

@@ -128,7 +128,7 @@ class TPageWalk {
   // Gives the element its new name; the start tag is written anew.
   void Rename() {
     StartReplacing();
-    AppendTag(changed_, Element().newStart, Attributes(), [](TAttrView&) {});
+    AppendTag(changed_, Element().newStart, Attributes(), [](TAttrView&) { return false; });
     FinishRenaming();
   }
 
@@ -140,9 +140,11 @@ class TPageWalk {
     const size_t before = changed_.size();
     std::optional<bool> hadValue;
     AppendTag(changed_, Element().newStart, Attributes(), [&](TAttrView& attribute) {
-      if (hadValue || !platform::SameAnsiText(attribute.name, name)) return;
+      if (hadValue || !platform::SameAnsiText(attribute.name, name)) return false;
       hadValue = !attribute.value.empty();
-      attribute = {.name = attribute.name, .value = "\"\""};
+      attribute.value = "\"\"";
+      attribute.lineBreaks = attribute.blanks = 0;
+      return true;
     });
     if (hadValue.value_or(false)) {
       FinishRenaming();
