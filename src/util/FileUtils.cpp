@@ -5,9 +5,7 @@
 #include <Shell.h>
 
 #include <algorithm>
-#include <chrono>
 #include <limits>
-#include <thread>
 
 #include "FileNames.h"
 
@@ -21,43 +19,15 @@ constexpr uint32_t Signature(char first, char second) noexcept {
          static_cast<uint32_t>(static_cast<unsigned char>(second)) << 8;
 }
 
-/// Gives a file another name for the life of the object.
-class TTemporaryName {
- public:
-  TTemporaryName(std::string_view name, std::string_view other)
-      : name_(name), other_(other), renamed_(RenameToFreeName(name_, other_)) {}
-  TTemporaryName(const TTemporaryName&) = delete;
-  TTemporaryName& operator=(const TTemporaryName&) = delete;
-  ~TTemporaryName() {
-    // Another program may hold what looks like a new program, to check it.
-    constexpr int kMostTries = 4;
-    for (int tries = 0; renamed_ && tries < kMostTries; ++tries) {
-      if (tries > 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-      renamed_ = !platform::RenameFile(other_, name_);
-    }
-  }
-
-  bool IsRenamed() const noexcept { return renamed_; }
-
- private:
-  static bool RenameToFreeName(const std::string& from, const std::string& to) noexcept {
-    return !platform::FileExists(to) && platform::RenameFile(from, to);
-  }
-
-  std::string name_;
-  std::string other_;
-  bool renamed_;
-};
-
 bool HasExtension(std::string_view fileName, std::string_view extension) {
   return platform::SameAnsiText(ExtractFileExt(fileName), extension);
 }
 
+// A file that lost its name for a moment would lose it to the next engine that looks for a free
+// one.
 uint32_t AskShell(std::string_view fileName) {
   if (!HasExtension(fileName, ".inp")) return platform::ExecutableType(fileName);
-  const std::string asProgram = ChangeFileExt(fileName, ".exe");
-  const TTemporaryName name(fileName, asProgram);
-  return name.IsRenamed() ? platform::ExecutableType(asProgram) : 0;
+  return platform::ExecutableType(fileName, ChangeFileExt(fileName, ".exe"));
 }
 
 /// Also where the disk holds the name in another letter case: removing the target would remove the

@@ -39,8 +39,8 @@ enum TProgramKind : int32_t {
   kWindowsProgram = 2,
 };
 
-/// What kind of program the file is. A file named ".inp" is judged as if it were named ".exe", for
-/// which it is renamed for a moment; -1 when that fails.
+/// What kind of program the file is. A file named ".inp" is judged as if it were named ".exe",
+/// whatever else has that name.
 int32_t GetFileInfo(std::string_view fileName);
 
 }  // namespace quarda

@@ -112,8 +112,9 @@ TEST(Files, KindOfProgram) {
   EXPECT_EQ(GetFileInfo(folder.Path("none.inp")), -1);
 
   folder.Write("taken.exe", "MZ");
-  EXPECT_EQ(GetFileInfo(folder.Write("taken.inp", "MZ")), -1);
-  EXPECT_EQ(Content(folder.Path("taken.exe")), "MZ");
+  EXPECT_EQ(GetFileInfo(folder.Write("taken.inp", "MZ")), 0) << "not the other one's business";
+  EXPECT_EQ(GetFileInfo(folder.Write("taken.inp", "text")), -1);
+  EXPECT_EQ(Content(folder.Path("taken.exe")) + Content(folder.Path("taken.inp")), "MZtext");
 }
 
 }  // namespace

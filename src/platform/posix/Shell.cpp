@@ -35,9 +35,9 @@ std::string_view ReadAt(int file, uint64_t offset, std::array<char, kSize>& buff
 
 }  // namespace
 
-uint32_t ExecutableType(std::string_view path) noexcept {
+uint32_t ExecutableType(std::string_view path, std::string_view name) noexcept {
   return OrElse(uint32_t{0}, [&]() -> uint32_t {
-    const TProgramKind kind = ProgramKindOf(path);
+    const TProgramKind kind = ProgramKindOf(name);
     if (kind == TProgramKind::kNone) return 0;
     const TDescriptor file(OpenPlainFile(path));
     if (!file) return 0;
