@@ -50,8 +50,10 @@ bool MessageWindowExists(std::string_view className, std::string_view title) noe
 /// Leaves a message for the window and does not wait. False when there is no such window.
 bool PostToWindow(std::string_view className, std::string_view title, uint32_t message) noexcept;
 /// Waits until the window has handled the message. Nothing when there is no such window, or when
-/// its process ended meanwhile.
+/// its process ended meanwhile. With an `interval` (milliseconds) `goesOn` is asked each time that
+/// it went by; after a no the sender gives up, and a message that nobody took up is dropped.
 std::optional<intptr_t> SendToWindow(std::string_view className, std::string_view title,
-                                     uint32_t message) noexcept;
+                                     uint32_t message, uint32_t interval = 0,
+                                     const std::function<bool()>& goesOn = {}) noexcept;
 
 }  // namespace quarda::platform

@@ -90,7 +90,7 @@ start_engine
 request 1 1 prize
 "$base/quarda" -daemon -quit </dev/null
 until_true ended || fail "-quit does not end the engine"
-[[ -z $(ls "$objects" | grep -v '^lock$') ]] || fail "left behind: $(ls "$objects")"
+[[ -z $(ls "$objects" | grep -v '\.mutex$') ]] || fail "left behind: $(ls "$objects")"
 
 # Another process may shorten the time that the engine waits.
 start_engine

@@ -1,6 +1,7 @@
 // A window is a socket in the runtime folder; a message is one packet that a sender leaves there.
 // The packet says whether the sender waits: the reply goes back the same way. Senders of another
-// user are turned away, and one that connects and says nothing is passed over.
+// user are turned away. One that connects and says nothing is passed over, and is cut off when many
+// others wait to say something; what a sender that is gone wanted an answer to is dropped.
 #include "MessageWindow.h"
 
 #include <poll.h>
@@ -31,35 +32,49 @@ struct TPacket {
   uint32_t waits;
 };
 
-/// A short name of fixed length, because that of a socket is limited (FNV-1a over both texts).
-std::string SocketPath(std::string_view className, std::string_view title) {
-  uint64_t hash = 0xCBF29CE484222325;
-  const std::string text = std::string(className).append(1, '\0').append(title);
-  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
-  std::string name = "window-";
-  for (int shift = 60; shift >= 0; shift -= 4) name += "0123456789abcdef"[hash >> shift & 15];
-  return RuntimePath(name);
-}
+/// How many may be connected and have said nothing yet; senders speak as soon as they connect.
+constexpr size_t kMostSilentSenders = 64;
+constexpr int kPauseWithoutRoom = 10;  // milliseconds
 
-/// False when the path is longer than the system takes.
-bool SetAddress(sockaddr_un& address, const std::string& path) {
-  address = {};
-  address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) return false;
-  std::memcpy(address.sun_path, path.data(), path.size());
-  return true;
-}
-
-int NewSocket() noexcept { return ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0); }
-
-TDescriptor Connect(const std::string& path) {
-  sockaddr_un address;
-  TDescriptor connection(NewSocket());
-  if (connection && SetAddress(address, path)) {
-    const auto* const where = reinterpret_cast<const sockaddr*>(&address);
-    if (::connect(connection.Get(), where, sizeof address) == 0) return connection;
+/// Where a window's socket lies, in the system's form.
+class TWindowAddress {
+ public:
+  TWindowAddress(std::string_view className, std::string_view title)
+      : name_("window-" + HashText(std::string(className).append(1, '\0').append(title))) {
+    address_.sun_family = AF_UNIX;
+    // The system takes short paths only; the open folder has a short one whatever its own is.
+    std::string path = Path();
+    if (path.size() >= sizeof address_.sun_path) {
+      path = "/proc/self/fd/" + std::to_string(folder_.Get()) + "/" + name_;
+    }
+    std::memcpy(address_.sun_path, path.data(), path.size());
   }
-  return TDescriptor();
+
+  const sockaddr* Get() const noexcept { return reinterpret_cast<const sockaddr*>(&address_); }
+  socklen_t Size() const noexcept { return sizeof address_; }
+  std::string Path() const { return folder_.Path(name_); }
+
+ private:
+  TRuntimeFolder folder_;
+  std::string name_;
+  sockaddr_un address_{};
+};
+
+/// No call for it ever waits, unless it says so.
+int NewSocket() noexcept {
+  return ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+}
+
+/// Null and errno when there is no such window, or when it cannot be reached.
+TDescriptor Connect(const TWindowAddress& address) {
+  TDescriptor connection(NewSocket());
+  if (connection && ::connect(connection.Get(), address.Get(), address.Size()) == 0) {
+    return connection;
+  }
+  const int code = errno;
+  connection.Reset(-1);
+  errno = code;
+  return connection;
 }
 
 bool IsOfThisUser(int connection) noexcept {
@@ -87,6 +102,25 @@ bool ReceiveValue(int connection, T& value, int flags = 0) noexcept {
   return got == static_cast<ssize_t>(sizeof value);
 }
 
+/// Whether the other side has not hung up.
+bool IsThere(int connection) noexcept {
+  char next = 0;
+  const ssize_t got = ::recv(connection, &next, sizeof next, MSG_PEEK | MSG_DONTWAIT);
+  return got > 0 || (got < 0 && errno == EAGAIN);
+}
+
+/// Waits until there is something to receive. False when the caller does not want to wait longer.
+bool WaitForReply(int connection, uint32_t interval, const std::function<bool()>& goesOn) {
+  pollfd reply{connection, POLLIN, 0};
+  const int limit = interval == 0 ? -1 : static_cast<int>(interval);
+  for (;;) {
+    const int ready = ::poll(&reply, 1, limit);
+    if (ready > 0) return true;
+    if (ready < 0 && errno != EINTR) return false;
+    if (ready == 0 && !(goesOn && goesOn())) return ::poll(&reply, 1, 0) > 0;
+  }
+}
+
 int64_t Milliseconds() noexcept {
   timespec now{};
   ::clock_gettime(CLOCK_MONOTONIC, &now);
@@ -97,25 +131,26 @@ int64_t Milliseconds() noexcept {
 
 struct TMessageWindow::TState {
   TState(std::string_view className, std::string_view title)
-      : path(SocketPath(className, title)), listener(NewSocket()) {
-    sockaddr_un address;
-    if (!listener || !SetAddress(address, path)) Raise();
+      : address(className, title), listener(NewSocket()) {
+    if (!listener) Raise();
     const TRuntimeLock lock;
-    if (Connect(path)) throw EPlatformError(EADDRINUSE, title);
-    UnlinkPath(path);  // what a killed process left
-    const auto* const where = reinterpret_cast<const sockaddr*>(&address);
-    if (::bind(listener.Get(), where, sizeof address) != 0) Raise();
+    if (Connect(address) || errno == EAGAIN) throw EPlatformError(EADDRINUSE, title);
+    if (errno == ECONNREFUSED) UnlinkPath(address.Path());  // what a killed process left
+    if (::bind(listener.Get(), address.Get(), address.Size()) != 0) Raise();
     if (::listen(listener.Get(), SOMAXCONN) != 0) Raise();
   }
 
-  [[noreturn]] void Raise() const { throw EPlatformError(LastErrorCode(), path); }
+  [[noreturn]] void Raise() const { throw EPlatformError(LastErrorCode(), address.Path()); }
 
   int TimeToWait() const noexcept;
   void Accept();
+  void CutOffOldest() noexcept;
   /// Takes the message of a sender, or finds that it went away.
   void Serve(TMessageWindow& window, int connection);
+  /// The reply to one message. What only the system itself may tell the handler, it is not told.
+  intptr_t Answer(TMessageWindow& window, uint32_t message);
 
-  std::string path;
+  TWindowAddress address;
   TDescriptor listener;
   THandler handler;
   std::vector<pollfd> senders;  // connected; what they have to say has not come yet
@@ -130,21 +165,35 @@ int TMessageWindow::TState::TimeToWait() const noexcept {
 }
 
 void TMessageWindow::TState::Accept() {
+  if (senders.size() >= kMostSilentSenders) CutOffOldest();
   const int connection = ::accept4(listener.Get(), nullptr, nullptr, SOCK_CLOEXEC);
-  if (connection < 0) return;  // it went away meanwhile
-  if (IsOfThisUser(connection)) {
+  if (connection >= 0 && IsOfThisUser(connection)) {
     senders.push_back({connection, POLLIN, 0});
-  } else {
+  } else if (connection >= 0) {
     CloseFile(connection);
+  } else if (errno != EAGAIN && errno != ECONNABORTED && errno != EINTR) {
+    CutOffOldest();  // no room for another one
+    ::poll(nullptr, 0, kPauseWithoutRoom);
   }
+}
+
+void TMessageWindow::TState::CutOffOldest() noexcept {
+  if (senders.empty()) return;
+  CloseFile(senders.front().fd);
+  senders.erase(senders.begin());
+}
+
+intptr_t TMessageWindow::TState::Answer(TMessageWindow& window, uint32_t message) {
+  if (message == kTimerMessage || message == kCreateMessage) return 0;
+  return handler(window, message);
 }
 
 void TMessageWindow::TState::Serve(TMessageWindow& window, int connection) {
   TPacket packet{};
   const TDescriptor sender(connection);
   if (!ReceiveValue(connection, packet, MSG_DONTWAIT)) return;
-  if (packet.message == kTimerMessage || packet.message == kCreateMessage) return;
-  const int64_t reply = handler(window, packet.message);
+  if (packet.waits != 0 && !IsThere(connection)) return;
+  const int64_t reply = Answer(window, packet.message);
   if (packet.waits != 0) SendValue(connection, reply);
 }
 
@@ -156,7 +205,7 @@ TMessageWindow::TMessageWindow(std::string_view className, std::string_view titl
 
 TMessageWindow::~TMessageWindow() {
   OrElse(0, [this] { return static_cast<int>(state_->handler(*this, kDestroyMessage)); });
-  UnlinkPath(state_->path);
+  UnlinkPath(state_->address.Path());
   for (const pollfd& sender : state_->senders) CloseFile(sender.fd);
 }
 
@@ -176,12 +225,12 @@ void TMessageWindow::Run() {
     waiting.push_back({state.listener.Get(), POLLIN, 0});
     const int ready = ::poll(waiting.data(), waiting.size(), state.TimeToWait());
     if (ready < 0 && errno != EINTR) state.Raise();
-    if (ready > 0 && waiting.back().revents != 0) state.Accept();
     for (size_t i = 0; ready > 0 && i + 1 < waiting.size() && !state.quits; ++i) {
       if (waiting[i].revents == 0) continue;
       std::erase_if(state.senders, [&](const pollfd& one) { return one.fd == waiting[i].fd; });
       state.Serve(*this, waiting[i].fd);
     }
+    if (ready > 0 && waiting.back().revents != 0 && !state.quits) state.Accept();
     if (state.interval != 0 && Milliseconds() >= state.nextTick && !state.quits) {
       state.nextTick = Milliseconds() + state.interval;
       state.handler(*this, kTimerMessage);
@@ -190,23 +239,25 @@ void TMessageWindow::Run() {
 }
 
 bool MessageWindowExists(std::string_view className, std::string_view title) noexcept {
-  return OrElse(false, [&] { return static_cast<bool>(Connect(SocketPath(className, title))); });
+  return OrElse(false,
+                [&] { return static_cast<bool>(Connect(TWindowAddress(className, title))); });
 }
 
 bool PostToWindow(std::string_view className, std::string_view title, uint32_t message) noexcept {
   return OrElse(false, [&] {
-    const TDescriptor window = Connect(SocketPath(className, title));
+    const TDescriptor window = Connect(TWindowAddress(className, title));
     return window && SendValue(window.Get(), TPacket{message, 0});
   });
 }
 
 std::optional<intptr_t> SendToWindow(std::string_view className, std::string_view title,
-                                     uint32_t message) noexcept {
+                                     uint32_t message, uint32_t interval,
+                                     const std::function<bool()>& goesOn) noexcept {
   return OrElse(std::optional<intptr_t>(), [&]() -> std::optional<intptr_t> {
-    const TDescriptor window = Connect(SocketPath(className, title));
+    const TDescriptor window = Connect(TWindowAddress(className, title));
     int64_t reply = 0;
     if (!window || !SendValue(window.Get(), TPacket{message, 1}) ||
-        !ReceiveValue(window.Get(), reply)) {
+        !WaitForReply(window.Get(), interval, goesOn) || !ReceiveValue(window.Get(), reply)) {
       return std::nullopt;
     }
     return static_cast<intptr_t>(reply);

@@ -29,33 +29,61 @@ namespace {
   throw EPlatformError(static_cast<uint32_t>(code), name);
 }
 
-/// The file of an object, opened under the lock that the caller holds.
+/// The name of an object's file: one that the file system takes, and that leads nowhere else,
+/// whatever the name of the object is.
+std::string FileName(std::string_view name, std::string_view kind) {
+  constexpr size_t kLongest = 200;
+  constexpr const char* kDigits = "0123456789ABCDEF";
+  std::string result;
+  for (const char c : name) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte > ' ' && byte < 0x7F && c != '/' && c != '%') {
+      result += c;
+    } else {
+      result.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
+    }
+  }
+  if (result.size() > kLongest) {
+    const std::string hash = HashText(name);
+    result.replace(kLongest, std::string::npos, "%%").append(hash);
+  }
+  return result.append(kind);
+}
+
+/// The file of an object, opened under the lock that the caller holds. Who has the object open has
+/// locked the file, so one that nobody has locked is no object.
 class TObjectFile {
  public:
-  TObjectFile(std::string_view name, std::string_view kind, bool create)
-      : path_(RuntimePath(std::string(name).append(kind))),
+  TObjectFile(const TRuntimeLock& lock, std::string_view name, std::string_view kind, bool create)
+      : path_(lock.Path(FileName(name, kind))),
         file_(OpenFile(path_, O_RDWR | O_NOFOLLOW | (create ? O_CREAT : 0), 0600)) {
     if (!file_) {
       if (create || errno != ENOENT) Raise(name);
       return;
     }
-    existed_ = ::flock(file_.Get(), LOCK_EX | LOCK_NB) != 0;
+    existed_ = !LockAlone();
     if (!existed_ && !create) {
       Remove();
-    } else if (::flock(file_.Get(), LOCK_SH) != 0 || (!existed_ && ResizeFile(Get(), 0) != 0)) {
+    } else if (::flock(file_.Get(), LOCK_SH) != 0) {
       Raise(name);
     }
   }
   TObjectFile(const TObjectFile&) = delete;
   TObjectFile& operator=(const TObjectFile&) = delete;
 
-  /// Closes the file; that of an object which nobody else has open goes with it.
-  void Close() noexcept {
+  /// Removes and closes the file when nobody else has it open; only to be called in the end.
+  void RemoveIfLast() noexcept {
     try {
+      if (!file_ || !LockAlone()) return;
+      ::flock(file_.Get(), LOCK_UN);  // whoever has the runtime lock may be waiting for this one
       const TRuntimeLock lock;
-      if (file_ && ::flock(file_.Get(), LOCK_EX | LOCK_NB) == 0) Remove();
+      if (LockAlone()) Remove();
     } catch (const EPlatformError&) {  // the file stays, and counts for nothing
     }
+  }
+  void Remove() noexcept {
+    UnlinkPath(path_);
+    file_.Reset(-1);
   }
 
   bool IsOpen() const noexcept { return static_cast<bool>(file_); }
@@ -63,15 +91,29 @@ class TObjectFile {
   int Get() const noexcept { return file_.Get(); }
 
  private:
-  void Remove() noexcept {
-    UnlinkPath(path_);
-    file_.Reset(-1);
+  /// False when somebody else has the file locked.
+  bool LockAlone() const {
+    if (::flock(file_.Get(), LOCK_EX | LOCK_NB) == 0) return true;
+    if (errno != EWOULDBLOCK) Raise(path_);
+    return false;
   }
 
   std::string path_;
   TDescriptor file_;
   bool existed_ = false;
 };
+
+/// Gives a new object its size, filled with zeros. Without the room for it, memory that is mapped
+/// would be missing at the first touch, which ends the process; so the room is taken now.
+void MakeRoom(TObjectFile& file, std::string_view name, size_t size) {
+  if (ResizeFile(file.Get(), 0) == 0 && ReserveRoom(file.Get(), size) == 0 &&
+      ResizeFile(file.Get(), size) == 0) {
+    return;
+  }
+  const auto code = static_cast<int>(LastErrorCode());
+  file.Remove();
+  Raise(name, code);
+}
 
 /// A mapped file, unmapped by the destructor.
 class TView {
@@ -123,11 +165,15 @@ timespec After(uint32_t milliseconds) noexcept {
 
 }  // namespace
 
+// The file of a mutex stays for the next who opens it: requests make the same two again and again.
 struct TNamedMutex::TState {
-  explicit TState(std::string_view given) : name(given), file(given, ".mutex", true) {
-    if (!file.Existed() && ResizeFile(file.Get(), sizeof(pthread_mutex_t)) != 0) Raise(name);
-    if (SizeOf(file, name) != sizeof(pthread_mutex_t)) Raise(name, EINVAL);
-    view.emplace(file, name, sizeof(pthread_mutex_t), PROT_READ | PROT_WRITE, MAP_SHARED);
+  explicit TState(std::string_view given) : TState(given, TRuntimeLock()) {}
+  TState(std::string_view given, const TRuntimeLock& lock)
+      : name(given), file(lock, given, ".mutex", true) {
+    constexpr size_t kSize = sizeof(pthread_mutex_t);
+    if (!file.Existed() && SizeOf(file, name) != kSize) MakeRoom(file, name, kSize);
+    if (SizeOf(file, name) != kSize) Raise(name, EINVAL);
+    view.emplace(file, name, kSize, PROT_READ | PROT_WRITE, MAP_SHARED);
     if (!file.Existed()) {
       if (const int code = InitMutex(Mutex())) Raise(name, code);
     }
@@ -141,14 +187,10 @@ struct TNamedMutex::TState {
   int owned = 0;
 };
 
-TNamedMutex::TNamedMutex(std::string_view name) {
-  const TRuntimeLock lock;
-  state_ = std::make_unique<TState>(name);
-}
+TNamedMutex::TNamedMutex(std::string_view name) : state_(std::make_unique<TState>(name)) {}
 
 TNamedMutex::~TNamedMutex() {
   while (state_->owned > 0) Release();
-  state_->file.Close();
 }
 
 bool TNamedMutex::Existed() const noexcept { return state_->file.Existed(); }
@@ -170,9 +212,12 @@ void TNamedMutex::Release() noexcept {
 }
 
 struct TNamedMemory::TState {
-  TState(std::string_view name, size_t size, uint32_t access) : file(name, ".memory", size > 0) {
+  TState(std::string_view name, size_t size, uint32_t access)
+      : TState(TRuntimeLock(), name, size, access) {}
+  TState(const TRuntimeLock& lock, std::string_view name, size_t size, uint32_t access)
+      : file(lock, name, ".memory", size > 0) {
     if (!file.IsOpen()) return;
-    if (!file.Existed() && ResizeFile(file.Get(), size) != 0) Raise(name);
+    if (!file.Existed()) MakeRoom(file, name, size);
     const size_t whole = SizeOf(file, name);
     if (size > whole || whole == 0) Raise(name, EACCES);
     const bool isCopy = (access & kMemoryCopy) != 0 && (access & kMemoryWrite) == 0;
@@ -185,15 +230,13 @@ struct TNamedMemory::TState {
   std::optional<TView> view;
 };
 
-TNamedMemory::TNamedMemory(std::string_view name, size_t size, uint32_t access) {
-  const TRuntimeLock lock;
-  state_ = std::make_unique<TState>(name, size, access);
-}
+TNamedMemory::TNamedMemory(std::string_view name, size_t size, uint32_t access)
+    : state_(std::make_unique<TState>(name, size, access)) {}
 
 TNamedMemory::TNamedMemory(TNamedMemory&& other) noexcept = default;
 
 TNamedMemory::~TNamedMemory() {
-  if (state_) state_->file.Close();
+  if (state_) state_->file.RemoveIfLast();
 }
 
 bool TNamedMemory::Existed() const noexcept { return state_->file.Existed(); }

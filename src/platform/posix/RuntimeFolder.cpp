@@ -4,8 +4,11 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
 #include "Paths.h"
 #include "PlatformError.h"
@@ -13,20 +16,12 @@
 namespace quarda::platform::posix {
 namespace {
 
+constexpr std::chrono::seconds kLongestWait{2};
+constexpr std::chrono::microseconds kShortestPause{100};
+constexpr std::chrono::microseconds kLongestPause{10'000};
+
 [[noreturn]] void Raise(int code, const std::string& native) {
   throw EPlatformError(static_cast<uint32_t>(code), ToWindows(native));
-}
-
-/// In a folder that all may write to, somebody else may have made it first.
-std::string OwnFolder(const std::string& parent) {
-  constexpr mode_t kForUser = 0700;
-  std::string path = parent + "/quarda-" + std::to_string(::geteuid());
-  struct stat info;
-  if (::mkdir(path.c_str(), kForUser) != 0 && errno != EEXIST) Raise(errno, path);
-  if (StatLink(path, info) != 0) Raise(errno, path);
-  const bool isOurs = S_ISDIR(info.st_mode) && info.st_uid == ::geteuid();
-  if (!isOurs || (info.st_mode & 077) != 0) Raise(EPERM, path);
-  return path;
 }
 
 std::string ParentFolder() {
@@ -37,19 +32,52 @@ std::string ParentFolder() {
   return "/tmp";
 }
 
-}  // namespace
-
-std::string RuntimePath(std::string_view name) {
-  return OwnFolder(ParentFolder()).append("/").append(name);
+int Open(const std::string& path) noexcept {
+  return OpenFile(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
 }
 
-TRuntimeLock::TRuntimeLock()
-    : file_(OpenFile(RuntimePath("lock"), O_RDWR | O_CREAT | O_NOFOLLOW, 0600)) {
-  int result = file_ ? 0 : -1;
-  do {
-    if (file_) result = ::flock(file_.Get(), LOCK_EX);
-  } while (result != 0 && errno == EINTR);
-  if (result != 0) throw EPlatformError(LastErrorCode(), "lock of the named objects");
+/// False when somebody else has it.
+bool TryLock(int folder) {
+  if (::flock(folder, LOCK_EX | LOCK_NB) == 0) return true;
+  if (errno == EWOULDBLOCK || errno == EINTR) return false;
+  throw EPlatformError(LastErrorCode(), "lock of the named objects");
+}
+
+}  // namespace
+
+std::string HashText(std::string_view text) {
+  uint64_t hash = 0xCBF29CE484222325;
+  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+  std::string digits;
+  for (int shift = 60; shift >= 0; shift -= 4) digits += "0123456789abcdef"[hash >> shift & 15];
+  return digits;
+}
+
+TRuntimeFolder::TRuntimeFolder()
+    : path_(ParentFolder() + "/quarda-" + std::to_string(::geteuid())), folder_(Open(path_)) {
+  if (!folder_ && errno == ENOENT) {
+    constexpr mode_t kForUser = 0700;
+    if (::mkdir(path_.c_str(), kForUser) != 0 && errno != EEXIST) Raise(errno, path_);
+    folder_.Reset(Open(path_));
+  }
+  struct stat info;
+  if (!folder_ || StatOpenFile(folder_.Get(), info) != 0) Raise(errno, path_);
+  // Below a folder that all may write to, somebody else may have made it first.
+  if (info.st_uid != ::geteuid() || (info.st_mode & 077) != 0) Raise(EPERM, path_);
+}
+
+std::string TRuntimeFolder::Path(std::string_view name) const {
+  return std::string(path_).append("/").append(name);
+}
+
+TRuntimeLock::TRuntimeLock() {
+  const auto end = std::chrono::steady_clock::now() + kLongestWait;
+  auto pause = kShortestPause;
+  while (!TryLock(folder_.Get())) {
+    if (std::chrono::steady_clock::now() > end) Raise(ETIMEDOUT, folder_.Path(""));
+    std::this_thread::sleep_for(pause);
+    pause = std::min(2 * pause, kLongestPause);
+  }
 }
 
 }  // namespace quarda::platform::posix

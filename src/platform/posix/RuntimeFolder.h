@@ -8,17 +8,34 @@
 
 namespace quarda::platform::posix {
 
-/// A path in that folder, which only this user may enter. Raises EPlatformError when there is no
-/// such folder, or when what has its name belongs to somebody else.
-std::string RuntimePath(std::string_view name);
+/// 16 digits that stand for the text in a file's name, where the text itself may be too long
+/// (FNV-1a).
+std::string HashText(std::string_view text);
 
-/// While it lives no other process opens or closes a named object.
+/// The folder, which only this user may enter. Raises EPlatformError when it cannot be made, or
+/// when what has its name belongs to somebody else or may be entered by others.
+class TRuntimeFolder {
+ public:
+  TRuntimeFolder();
+
+  std::string Path(std::string_view name) const;
+  int Get() const noexcept { return folder_.Get(); }
+
+ private:
+  std::string path_;
+  TDescriptor folder_;
+};
+
+/// While it lives no other process opens or closes a named object. Everybody keeps it for moments
+/// only, so whoever keeps it for seconds does not work any more: then it raises EPlatformError.
 class TRuntimeLock {
  public:
   TRuntimeLock();
 
+  std::string Path(std::string_view name) const { return folder_.Path(name); }
+
  private:
-  TDescriptor file_;
+  TRuntimeFolder folder_;
 };
 
 }  // namespace quarda::platform::posix
