@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <string>
 
 #include "Application.h"
@@ -78,7 +79,7 @@ int32_t TEngineWindow::ServeRequest(uint32_t wait) {
     reply = RunCommandLine(CommandLineOf(record_), environment_);
     ++record_.RequestCount;
     record_.LastActivity = Now(environment_);
-  } catch (const platform::EPlatformError&) {
+  } catch (const std::exception&) {
     // Without the mutex nothing is scanned; whoever asked hears that from the reply.
   }
   return reply;
@@ -93,15 +94,17 @@ void RunResidentEngine(bool quit, const TEngineEnvironment& environment) {
   }
   const TSharedRecord record;
   if (record.Get() == nullptr) return;
-  record.Get()->ProcessId = platform::ProcessId();
-  record.Get()->LastActivity = Now(environment);
-  record.Get()->IdleMinutes = kDefaultIdleMinutes;
   TEngineWindow engine(*record.Get(), environment);
   try {
     platform::TMessageWindow window(kEngineWindowClass, kEngineWindowTitle,
                                     [&engine](platform::TMessageWindow& self, uint32_t message) {
                                       return engine.Handle(self, message);
                                     });
+    // Of two that start at once only one gets the window, and the record is that one's alone. No
+    // message is handled before Run.
+    record.Get()->ProcessId = platform::ProcessId();
+    record.Get()->LastActivity = Now(environment);
+    record.Get()->IdleMinutes = kDefaultIdleMinutes;
     window.Run();
   } catch (const platform::EPlatformError&) {
     // Another engine was faster, or the system allows no window: nobody is served here.

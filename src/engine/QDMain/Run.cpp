@@ -14,7 +14,7 @@
 extern "C" [[gnu::visibility("default")]] int32_t Run() {
   const quarda::platform::TConsoleHandles console;
   if (const auto arguments = quarda::platform::ProgramArguments();
-      quarda::HasSwitch(arguments, "daemon", true)) {
+      quarda::HasSwitch(arguments, quarda::kResidentSwitch, true)) {
     quarda::RunResidentEngine(quarda::HasSwitch(arguments, "quit", true), {});
     return 0;
   }

@@ -13,6 +13,10 @@ inline constexpr const char* kEngineWindowClass = "kestavon_Quarda_Engine";
 inline constexpr const char* kEngineWindowTitle = "kestavon Quarda Engine";
 inline constexpr const char* kSharedMemoryName = "kestavon_Quarda_SharedMem";
 inline constexpr const char* kRequestMutexName = "kestavon_Quarda_Mutex";
+/// Keeps those who ask apart; the engine itself does not know it.
+inline constexpr const char* kClientMutexName = "kestavon_Quarda_Client";
+/// The switch that starts the resident engine.
+inline constexpr const char* kResidentSwitch = "daemon";
 
 /// Asks for a scan of the command line in the record; the reply is its exit code, or
 /// `kRequestRefused`.

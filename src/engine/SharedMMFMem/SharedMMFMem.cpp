@@ -3,7 +3,6 @@
 #include <NamedObjects.h>
 
 #include <algorithm>
-#include <cstring>
 #include <list>
 #include <string>
 
@@ -44,11 +43,11 @@ uint32_t SharedGetMem(void*& block, std::string_view name, uint32_t size, uint32
   return existed ? kSharedMemExisted : 0;
 }
 
+// A new block is zeros already. Filling it here could wipe out what another process, which found
+// the block a moment later, has written by now.
 void* SharedAllocMem(std::string_view name, uint32_t size, uint32_t access) {
   void* block = nullptr;
-  const bool existed = SharedGetMem(block, name, size, access) == kSharedMemExisted;
-  const bool mayWrite = (access & (platform::kMemoryCopy | platform::kMemoryWrite)) != 0;
-  if (!existed && size > 0 && mayWrite) std::memset(block, 0, size);
+  SharedGetMem(block, name, size, access);
   return block;
 }
 
