@@ -17,6 +17,13 @@ std::string ProgramFolder();
 std::vector<std::string> ProgramArguments();
 /// The number by which the system knows this process.
 uint32_t ProcessId() noexcept;
+/// Whether another process runs a program of the same folder and finds the same file under the path
+/// (which is absolute; empty for no file). False also when the system does not tell.
+bool IsCompanion(uint32_t process, std::string_view file) noexcept;
+/// Runs a program of the same folder with the arguments of this process, which ends with it: where
+/// the system can, that program takes the place of this one, elsewhere its exit code is returned.
+/// Raises EPlatformError when it cannot be started.
+int32_t RunInPlace(std::string_view name);
 /// The full path of the module (library or program) that holds this code.
 std::string ModulePath();
 

@@ -38,6 +38,7 @@ start_engine() {
   until_true has_its_number || fail "the record holds another number"
 }
 has_its_number() { [[ $(shared u4 0) == "$engine" ]]; }
+is_locked() { ! flock -n "$objects" true; }
 ended() { ! kill -0 "$engine" 2>/dev/null; }
 # request VERDICT SERVED SUBJECT: the verdict, and how many requests the engine served by then.
 request() {
@@ -61,6 +62,11 @@ request 1 2 prize
 request 0 3 second
 "$base/quarda-request" "$(printf '%01100d' 0)" "in_1 a.inp" </dev/null || fail "a long line is an error"
 [[ $(shared u4 16) == 3 ]] || fail "a command line that is too long was sent"
+# The engine of another installation has other settings, and is not asked.
+cp -r "$base" "$work/other"
+printf "$settings[Virus Subjects]\nsecond\n" >"$work/other/Quarda.ini"
+"$work/other/quarda-request" "in_1 a.inp" </dev/null && fail "scanned with the settings of another"
+[[ $(shared u4 16) == 3 ]] || fail "the engine of another installation was asked"
 for i in 1 2 3 4 5 6; do
   printf 'Subject: prize\r\n\r\nText\r\n' >"$work/in_p$i.inp"
   { "$base/quarda-request" "$work/in_p$i.inp" </dev/null || echo "$?" >"$work/verdict$i"; } &
@@ -81,6 +87,9 @@ if ((EUID == 0)) && command -v setpriv >/dev/null; then
   [[ $(shared u4 16) == "$served" ]] || fail "a stranger was served"
 fi
 request 1 $((served + 1)) prize
+result=0
+(cd "$base" && "$base/quarda-request" ' ../in_1 a.inp ' </dev/null) || result=$?
+[[ $result == 1 ]] || fail "a file name between blanks: verdict $result"
 
 # Killed in its sleep: the mail is scanned all the same, and a new engine takes over.
 kill -9 "$engine"
@@ -88,7 +97,13 @@ wait "$engine" 2>/dev/null || true
 request 1 '' prize
 start_engine
 request 1 1 prize
-"$base/quarda" -daemon -quit </dev/null
+# Whoever keeps the others out for good holds up no mail.
+flock -o "$objects" sleep 4 & keeper=$!
+until_true is_locked
+request 1 1 prize
+kill -0 $keeper 2>/dev/null || fail "the client waits as long as it likes"
+wait $keeper
+"$base/quarda-request" -daemon -quit </dev/null
 until_true ended || fail "-quit does not end the engine"
 [[ -z $(ls "$objects" | grep -v '\.mutex$') ]] || fail "left behind: $(ls "$objects")"
 
@@ -97,4 +112,37 @@ start_engine
 printf '\0\0\0\0' | dd of="$objects/kestavon_Quarda_SharedMem.memory" bs=1 seek=4 conv=notrunc 2>/dev/null
 until_true ended || fail "the engine does not end when nobody asks"
 engine=
+
+# Of two that start at once one serves, and the record is its own.
+for i in 1 2 3 4 5; do
+  flock "$objects" sleep 0.1 &
+  until_true is_locked
+  "$base/quarda" -daemon </dev/null & starts=($!)
+  "$base/quarda" -daemon </dev/null & starts+=($!)
+  until_true is_ready || fail "none of two engines starts"
+  sleep 0.05
+  kill -0 "$(shared u4 0)" 2>/dev/null || fail "the record names a process that has ended"
+  "$base/quarda" -daemon -quit </dev/null
+  wait "${starts[@]}"
+done
+
+# A full disk keeps the engine from starting and the client from asking, and no more.
+full() {
+  mount -t tmpfs -o size=16k none "$work/full"
+  [[ $1 == first ]] || { "$base/quarda" -daemon </dev/null & until_true test -e "$2/kestavon_Quarda_SharedMem.memory"; }
+  head -c 1M /dev/zero >"$work/full/rest" 2>/dev/null
+  "$base/quarda" -daemon </dev/null || echo "a start on a full disk ends with $?"
+  "$base/quarda-request" "$work/in_1 a.inp" </dev/null
+  [[ $? == 1 ]] || echo "on a full disk the verdict is lost"
+  "$base/quarda" -daemon -quit </dev/null
+}
+export work base
+export -f full until_true
+mkdir "$work/full"
+if unshare -rm mount -t tmpfs none "$work/full" 2>/dev/null; then
+  for when in first later; do
+    seen=$(XDG_RUNTIME_DIR=$work/full unshare -rm bash -c 'full "$@" 2>&1' - $when "$work/full/quarda-0")
+    [[ -z $seen ]] || fail "$seen"
+  done
+fi
 ((faults == 0))

@@ -12,6 +12,7 @@
 #include "Files.h"
 #include "Paths.h"
 #include "PlatformError.h"
+#include "Quiet.h"
 
 namespace quarda::platform {
 
@@ -31,6 +32,12 @@ std::string ReadCommandLine() {
     if (size > 0) text.append(buffer.data(), static_cast<size_t>(size));
   }
   if (size < 0) throw EPlatformError(LastErrorCode(), WindowsPath(kSource));
+  return text;
+}
+
+/// Read once.
+const std::string& CommandLine() {
+  static const std::string text = ReadCommandLine();
   return text;
 }
 
@@ -60,7 +67,7 @@ std::string ProgramFolder() {
 
 std::vector<std::string> ProgramArguments() {
   std::vector<std::string> arguments{ProgramPath()};
-  static const std::string text = ReadCommandLine();
+  const std::string& text = CommandLine();
   size_t start = text.find('\0');
   while (start != std::string::npos && ++start < text.size()) {
     const size_t end = text.find('\0', start);
@@ -68,6 +75,40 @@ std::vector<std::string> ProgramArguments() {
     start = end;
   }
   return arguments;
+}
+
+bool IsCompanion(uint32_t process, std::string_view file) noexcept {
+  return OrElse(false, [&] {
+    const std::string place = "/proc/" + std::to_string(process);
+    std::string program;
+    if (ReadLink(place + "/exe", program) != 0) return false;
+    std::string folder = WindowsPath(program);
+    folder.resize(folder.rfind('\\'));
+    if (folder != ProgramFolder()) return false;
+    if (file.empty()) return true;
+    std::string native;
+    struct stat ours;
+    struct stat theirs;
+    const auto find = [&](const std::string& path) { return StatPath(native = path, ours); };
+    return OnExisting(file, find) == 0 && StatPath(place + "/root" + native, theirs) == 0 &&
+           ours.st_dev == theirs.st_dev && ours.st_ino == theirs.st_ino;
+  });
+}
+
+int32_t RunInPlace(std::string_view name) {
+  std::string text = CommandLine();
+  std::string program;
+  if (ReadLink("/proc/self/exe", program) != 0) throw EPlatformError(LastErrorCode(), "program");
+  program.resize(program.rfind('/') + 1);
+  program.append(name);
+  std::vector<char*> arguments{program.data()};
+  for (size_t at = text.find('\0'); at != std::string::npos && ++at < text.size();) {
+    arguments.push_back(text.data() + at);
+    at = text.find('\0', at);
+  }
+  arguments.push_back(nullptr);
+  ::execv(program.c_str(), arguments.data());
+  throw EPlatformError(LastErrorCode(), WindowsPath(program));
 }
 
 uint32_t ProcessId() noexcept { return static_cast<uint32_t>(::getpid()); }
