@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "Fuzz.h"
+#include "SimpleTag.h"
 
 namespace quarda {
 
@@ -58,9 +59,7 @@ struct TReferenceParser {
                : "";
   }
 
-  std::string UpperName() const {
-    return platform::UpperAnsi(ParseTag(GetTag(), 0, 0)->GetTagName());
-  }
+  std::string UpperName() const { return platform::UpperAnsi(SplitSimpleTag(GetTag()).first); }
 
   bool GotoClosingTag() {
     if (index == 1) return false;

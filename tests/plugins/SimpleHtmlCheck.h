@@ -43,31 +43,32 @@ inline TCheckedPage RealIFrames(const std::string& html, TIFrameBlockMode mode) 
 
 struct TSimpleWalk {
   TReferenceParser parser;
-  TAttrListGuardRef tag;
+  int start = 0, end = 0;  // of the current tag when it was found
 
   explicit TSimpleWalk(const std::string& html) : parser{html} { parser.SetIndex(1); }
 
   bool Next() {
     if (!parser.Next()) return false;
-    tag = ParseTag(parser.GetTag(), parser.tagStart, parser.index - 1);
+    start = parser.tagStart;
+    end = parser.index;
     return true;
   }
   void GoBack() {
-    parser.tagStart = tag->GetStart();
-    parser.index = tag->GetEnd() + 1;
+    parser.tagStart = start;
+    parser.index = end;
   }
-  void Rename(const std::string& name) {
+  void Rename(TSimpleTag tag, const std::string& name) {
     if (parser.GotoClosingTag()) parser.ReplaceTag("</" + name + ">");
     GoBack();
-    tag->SetTagName(name);
-    parser.ReplaceTag(tag->GetAsString());
+    tag.name = name;
+    parser.ReplaceTag(tag.Text());
   }
 };
 
 inline bool SimpleRemovesScript(TSimpleWalk& walk, const THtmlRules& rules) {
   if (rules.alwaysRemoveScripts || !walk.parser.GotoClosingTag()) return true;
   std::string script;
-  for (int i = walk.tag->GetEnd(); i < walk.parser.tagStart - 1; ++i) {
+  for (int i = walk.end - 1; i < walk.parser.tagStart - 1; ++i) {
     script += platform::LowerAnsi(walk.parser.text[static_cast<size_t>(i)]);
   }
   bool remove = true;
@@ -84,11 +85,12 @@ inline TCheckedPage SimpleNeutralise(const std::string& html, const THtmlRules& 
   TCheckedPage page;
   TSimpleWalk walk(html);
   while (walk.Next()) {
-    const std::string name = platform::UpperAnsi(walk.tag->GetTagName());
-    TAttrList& attributes = walk.tag->GetAttrList();
-    if (rules.disableActiveX && name == "OBJECT" && attributes.GetValue("classid") != "") {
-      attributes.SetValue("classid", "\"\"");
-      walk.Rename("block_object");
+    const std::string name = walk.parser.UpperName();
+    TSimpleTag tag(walk.parser.GetTag());
+    if (rules.disableActiveX && name == "OBJECT" && tag.ValueOf("classid") != "") {
+      TSimpleAttr& classId = *tag.Find("classid");
+      classId = {classId.name, "\"\""};
+      walk.Rename(tag, "block_object");
       page.log += "Warning ActiveX element deactivated.\n";
     }
     if (rules.disableScripts && name == "SCRIPT" && SimpleRemovesScript(walk, rules)) {
@@ -105,13 +107,18 @@ inline TCheckedPage SimpleIFrames(const std::string& html, TIFrameBlockMode mode
   TCheckedPage page;
   TSimpleWalk walk(html);
   while (walk.Next()) {
-    if (platform::UpperAnsi(walk.tag->GetTagName()) != "IFRAME") continue;
-    std::string source = DelQuotes(walk.tag->GetAttrList().GetValue("SRC"));
+    if (walk.parser.UpperName() != "IFRAME") continue;
+    TSimpleTag tag(walk.parser.GetTag());
+    std::string source = tag.ValueOf("src");
+    if (source.size() > 1 && (source[0] == '"' || source[0] == '\'') &&
+        source.back() == source[0]) {
+      source = source.substr(1, source.size() - 2);
+    }
     const bool isHttp = platform::LowerAnsi(source.substr(0, 7)) == "http://";
     if (mode == ibmAllowHttp && isHttp) {
       page.log += "Extended Http-iframe found and ignored.\n";
     } else if (mode == ibmCommentAll || (mode == ibmCommentHttp && isHttp)) {
-      walk.Rename("block_iframe");
+      walk.Rename(tag, "block_iframe");
       page.log += "Warning iframe found and changed to a comment.\n";
     } else if (mode == ibmRemove) {
       page.log += "Warning iframe found and removed.\n";
