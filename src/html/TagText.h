@@ -83,8 +83,7 @@ void AppendTag(std::string& text, std::string_view start, std::string_view attri
       done = reader.End();
     }
     text += reader.Slice(done, reader.End());
-    // One blank stands between the name and the attributes, none behind them.
-    if (text.size() > before + 1 && text.back() == ' ') text.pop_back();
+    if (text.back() == ' ') text.pop_back();  // stands between attributes only
   }
   text += '>';
 }

@@ -172,17 +172,34 @@ TEST(ScannedText, IsForMailsThatPassAndGoOutAlone) {
   EXPECT_EQ(Outcome(*scan, true), "hello|") << "nested scan";
 }
 
+// The mail as its receiver reads it.
+TRef<IMail> SavedMail(TTestInstance& scan) {
+  const std::string path = scan.folder.Path("saved");
+  scan.mail->SaveToFile(path);
+  return MailFromText(platform::ReadWholeFile(path));
+}
+
 TEST(ScannedText, KeepsEncodingAndIsNotRepeated) {
-  for (const TEncodeType encoding : {e8bit, e7bit, eQuotedPrintable, eBase64, eUUE}) {
-    const auto scan = MakeOutgoingScan(Text("Gepr\xFC\x66t = ja, alles"), kPlainMail);
-    scan->mail->GetTexts(0)->SetContent(encoding, "x\xE4", 2);
-    Outcome(*scan, true);
-    const std::string once = scan->mail->GetTexts(0)->GetText().Str();
-    EXPECT_EQ(scan->mail->GetTexts(0)->GetEncodeType(), encoding);
-    EXPECT_TRUE(once.starts_with("x\xE4\r\n\r\n---")) << encoding;
-    EXPECT_NE(once.find(kNow + "Gepr\xFC\x66t = ja, alles\r\n"), once.npos) << encoding;
-    Outcome(*scan, true);
-    EXPECT_EQ(scan->mail->GetTexts(0)->GetText().Str(), once) << encoding;
+  const std::string notice = "Gepr\xFC\x66t = ja, alles";
+  const std::string before = "x\xE4 = " + std::string(100, '=');
+  const struct {
+    std::string mail, frame;
+  } kinds[] = {{kPlainMail, PlainNotice(notice)}, {kHtmlMail, HtmlNotice(notice)}};
+  for (const auto& kind : kinds) {
+    for (const TEncodeType encoding : {e8bit, e7bit, eQuotedPrintable, eBase64, eUUE}) {
+      SCOPED_TRACE(kind.mail + std::to_string(encoding));
+      const auto scan = MakeOutgoingScan(Text(notice), kind.mail);
+      scan->mail->GetTexts(0)->SetContent(encoding, before.data(),
+                                          static_cast<uint32_t>(before.size()));
+      for (int times = 0; times < 2; ++times) {
+        Outcome(*scan, true);
+        const TRef<IMail> saved = SavedMail(*scan);
+        const TRef<IMailText> part = saved->GetTexts(0);
+        EXPECT_EQ(part->GetEncodeType(), encoding);
+        EXPECT_EQ(std::string(TrimRight(part->GetText())),
+                  std::string(TrimRight(before + kind.frame)));
+      }
+    }
   }
 }
 
