@@ -2,7 +2,7 @@
 // peak memory. And what the engine adds to the start of a scanner. It measures other processes,
 // which only the system's own calls can do.
 //
-// Usage: bench_process BASE-FOLDER LOGGING-BASE-FOLDER WORK-FOLDER
+// Usage: bench_process BASE-FOLDER LOGGING-BASE-FOLDER PLUGIN-BASE-FOLDER WORK-FOLDER
 #include <CommandLauncher.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -104,6 +104,26 @@ void MeasureTime(const std::vector<TCommand>& commands) {
   }
 }
 
+/// Run by turns, because the difference is small.
+void MeasurePlugin(const std::string& without, const std::string& with, const std::string& mail) {
+  std::vector<double> bare;
+  std::vector<double> plain;
+  std::vector<double> loading;
+  for (int run = 0; run < kRuns; ++run) {
+    bare.push_back(Run({"/bin/true"}).cpuSeconds);
+    plain.push_back(Run({without, mail}).cpuSeconds);
+    loading.push_back(Run({with, mail}).cpuSeconds);
+  }
+  PrintTitle("An outside plug-in, 20 KB mail: processor time, median of " + std::to_string(kRuns) +
+             " runs");
+  PrintRow({"", "ms", "x /bin/true", "goal"});
+  const double added = Median(loading) - Median(plain);
+  PrintRow(
+      {"quarda without it", Milliseconds(Median(plain)), Times(Median(plain) / Median(bare)), "-"});
+  PrintRow({"the plug-in adds", Milliseconds(added), Times(added / Median(bare)),
+            "at most " + Times(0.3)});
+}
+
 double ElapsedSeconds(const std::function<void()>& work) {
   const auto start = std::chrono::steady_clock::now();
   work();
@@ -191,13 +211,16 @@ void MeasureMemory(const std::vector<TCommand>& commands) {
 
 int main(int argc, char** argv) {
   using namespace quarda::bench;
-  if (argc != 4) {
-    std::fprintf(stderr, "usage: bench_process BASE-FOLDER LOGGING-BASE-FOLDER WORK-FOLDER\n");
+  if (argc != 5) {
+    std::fprintf(stderr,
+                 "usage: bench_process BASE-FOLDER LOGGING-BASE-FOLDER PLUGIN-BASE-FOLDER "
+                 "WORK-FOLDER\n");
     return 2;
   }
   const std::string quarda = std::string(argv[1]) + "/quarda";
   const std::string logging = std::string(argv[2]) + "/quarda";
-  const std::string folder = argv[3];
+  const std::string plugin = std::string(argv[3]) + "/quarda";
+  const std::string folder = argv[4];
   const std::string small = folder + "/in_2k.inp";
   const std::string medium = folder + "/in_20k.inp";
   const std::string container = folder + "/in_container.inp";
@@ -215,6 +238,7 @@ int main(int argc, char** argv) {
                {"quarda, 20 KB mail", {quarda, medium}, 2},
                {"the same, every message logged", {logging, medium}, 0},
                {"quarda, container, 20 of 200 KB", {quarda, container}, 8}});
+  MeasurePlugin(quarda, plugin, medium);
   MeasureNestedScan(quarda, small, folder);
   MeasureAttachedMails(quarda, folder);
   // Only a container that could not be read would have been worth a line.

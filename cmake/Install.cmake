@@ -23,10 +23,27 @@ set_target_properties(qd_sdk PROPERTIES EXPORT_NAME QDIntf)
 target_compile_features(qd_sdk INTERFACE cxx_std_20)
 target_include_directories(qd_sdk INTERFACE $<INSTALL_INTERFACE:include/quarda>)
 
+# The same for a plug-in, which brings its C++ runtime along and shows nothing of it: to load the
+# shared one costs more at each scan than the engine itself.
+set(sdk_dir ${PROJECT_SOURCE_DIR}/sdk)
+set(sdk_source ${QD_BACKEND}/PluginLibrary.cpp)
+add_library(qd_sdk_plugin INTERFACE)
+set_target_properties(qd_sdk_plugin PROPERTIES EXPORT_NAME Plugin)
+target_link_libraries(qd_sdk_plugin INTERFACE $<INSTALL_INTERFACE:qd_sdk>)
+target_include_directories(qd_sdk_plugin INTERFACE $<BUILD_INTERFACE:${sdk_dir}>)
+target_sources(qd_sdk_plugin INTERFACE
+               $<BUILD_INTERFACE:${sdk_dir}/${sdk_source}>
+               $<INSTALL_INTERFACE:$<INSTALL_PREFIX>/share/quarda/PluginLibrary.cpp>)
+if(NOT WIN32)
+  target_link_options(qd_sdk_plugin INTERFACE -static-libstdc++ -static-libgcc
+                      -Wl,-O1 -Wl,--as-needed -Wl,--gc-sections -Wl,-Bsymbolic -Wl,--exclude-libs,ALL)
+endif()
+
 install(FILES ${contract_dir}/AnsiString.h ${contract_dir}/RefCounted.h ${contract_dir}/QDIntf.h
-              ${contract_generated_dir}/QDCall.h
+              ${contract_generated_dir}/QDCall.h ${sdk_dir}/PluginLibrary.h
         DESTINATION include/quarda COMPONENT sdk)
-install(TARGETS qd_sdk EXPORT QDEngine COMPONENT sdk)
+install(FILES ${sdk_dir}/${sdk_source} DESTINATION share/quarda COMPONENT sdk)
+install(TARGETS qd_sdk qd_sdk_plugin EXPORT QDEngine COMPONENT sdk)
 install(EXPORT QDEngine FILE QDEngineConfig.cmake NAMESPACE QDEngine::
         DESTINATION lib/cmake/QDEngine COMPONENT sdk)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/QDEngineConfigVersion.cmake

@@ -8,6 +8,7 @@
 //   spam.example
 //   [Trusted]
 //   partner.example
+#include <PluginLibrary.h>
 #include <QDIntf.h>
 
 #include <string>
@@ -52,9 +53,8 @@ TRef<IConfigFile> OpenSettings(IQuardaInstance& scan) {
 
 class TSenderList final : public TRefCounted<IPlugin> {
  public:
-  /// Stands in the engine's log beside the name. A full path would be shown as seen from the base
-  /// folder.
-  AnsiString QDCALL GetFileName() override { return LIBRARY_FILE; }
+  /// The log shows it as seen from the base folder, beside the name.
+  AnsiString QDCALL GetFileName() override { return PluginLibraryPath(); }
   AnsiString QDCALL GetName() override { return "SenderList"; }
   int32_t QDCALL GetVersionMajor() override { return 1; }
   int32_t QDCALL GetVersionMinor() override { return 0; }

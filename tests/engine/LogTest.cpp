@@ -113,6 +113,8 @@ TEST(PluginColumnTest, ShowsWhereTheLibraryIs) {
       {"C:\\other\\x.dll", "P@..\\other\\x.dll"},
       {"D:\\p\\x.dll", "P@D:\\p\\x.dll"},
       {"C:\\x.dll", "P@..\\x.dll"},
+      {"/base/plug/extra.so", "P@plug\\extra.so"},
+      {"extra.so", "P@extra.so"},
   };
   for (const auto& row : kRows) {
     const auto plugin = MakeRef<TFakePlugin>("P");

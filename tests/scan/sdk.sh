@@ -35,33 +35,56 @@ expect() {
   done
 }
 
-try_sample() {
-  cmake -S "$source/examples/plugin" -B "$work/$made" -DCMAKE_PREFIX_PATH="$work/sdk" \
-    -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
+# build FOLDER: against the installed SDK, with the compiler and flags of this round.
+build() {
+  cmake -S "$1" -B "$work/$made" -DCMAKE_PREFIX_PATH="$work/sdk" -DCMAKE_CXX_COMPILER="$compiler" \
+    -DCMAKE_CXX_FLAGS="$flags" >/dev/null
   cmake --build "$work/$made" >/dev/null
+}
+
+try_sample() {
+  build "$source/examples/plugin"
   rm -rf "$work/base"
-  mkdir -p "$work/base"
-  cp "$host" "$engine" "$work/$made/SenderList.so" "$work/base/"
-  printf '[Subject Checks]\nBlockOnVirus=1\n[Virus Subjects]\nprize\n[Logging]\nLogMode=4\n[Plugins]\nSenderList.so\n' \
+  mkdir -p "$work/base/plug"
+  cp "$host" "$engine" "$work/base/"
+  cp "$work/$made/SenderList.so" "$work/base/plug/"
+  printf '[Subject Checks]\nBlockOnVirus=1\n[Virus Subjects]\nprize\n[Logging]\nLogMode=4\n[Plugins]\nplug\\SenderList.so\n' \
     >"$work/base/Quarda.ini"
   printf '[Blocked]\nspam.example\n[Trusted]\npartner.example\n' >"$work/base/SenderList.ini"
 
   expect 'From: <a@mail.SPAM.example>\n\nBuy\n' 'exit 1' \
-    'Warning|SenderList@SenderList.so|Mails from "mail.SPAM.example" are blocked' \
-    'Debug|SenderList@SenderList.so|the mail stays'
+    'Warning|SenderList@plug\SenderList.so|Mails from "mail.SPAM.example" are blocked' \
+    'Debug|SenderList@plug\SenderList.so|the mail stays'
   expect 'From: b@else.example\nSubject: Hello\n\nHello\n' 'exit 0' 'X-Sender-List: not listed' \
-    'Debug|SenderList@SenderList.so|the mail goes on'
+    'Debug|SenderList@plug\SenderList.so|the mail goes on'
   expect 'From: b@else.example\nSubject: prize\n\nHello\n' 'exit 1'
   expect 'From: c@partner.example\nSubject: prize\n\nHello\n' 'exit 0' 'X-Sender-List: trusted' \
-    'Warning|SenderList@SenderList.so|Trusted sender, whatever the subject'
+    'Warning|SenderList@plug\SenderList.so|Trusted sender, whatever the subject'
   expect 'no mail' 'exit 0'
 }
 
+# With the C++ runtime as the compiler links it, and as the SDK does.
 try_boundary() {
-  "$compiler" -std=c++20 -shared -fPIC -I"$work/sdk/include/quarda" $flags -o "$work/outside.so" \
+  local shared=$work/shared.so
+  "$compiler" -std=c++20 -shared -fPIC -I"$work/sdk/include/quarda" $flags -o "$shared" \
     "$here/OutsidePlugin.cpp"
-  "$here/plugin.sh" "$host" "$engine" "$work/outside.so" "$errors" || faults=$((faults + 1))
+  made=outside$tried
+  build "$work/outside"
+  for library in "$shared" "$work/$made/liboutside.so"; do
+    "$here/plugin.sh" "$host" "$engine" "$library" "$errors" || {
+      echo "FAILED: $make: $library"
+      faults=$((faults + 1))
+    }
+  done
 }
+mkdir "$work/outside"
+cat >"$work/outside/CMakeLists.txt" <<PROJECT
+cmake_minimum_required(VERSION 3.25)
+project(Outside CXX)
+find_package(QDEngine REQUIRED)
+add_library(outside MODULE $(realpath "$here")/OutsidePlugin.cpp)
+target_link_libraries(outside PRIVATE QDEngine::Plugin)
+PROJECT
 
 tried=0
 while IFS='|' read -r compiler flags errors; do

@@ -97,14 +97,23 @@ bool LimitLogFile(const std::string& path, IConfig& config) {
   return platform::FileExists(path);
 }
 
+namespace {
+
+/// An outside plug-in may know its path in the form of this system only.
+std::string LibraryPath(IPlugin& plugin) {
+  std::string path = plugin.GetFileName().Str();
+  return path.starts_with('/') ? platform::FullPath(path) : path;
+}
+
+}  // namespace
+
 std::string PluginColumn(IPlugin& plugin, std::string_view baseFolder) {
   std::string column = plugin.GetName().Str();
-  const AnsiString library = plugin.GetFileName();
+  const std::string library = LibraryPath(plugin);
   if (platform::SameAnsiText(library, platform::ModulePath())) return column;
   const std::string relative = RelativePath(AddTrailingBackslash(baseFolder), library);
   column.append("@");
-  return column.append(library.Size() < relative.size() ? library.View()
-                                                        : std::string_view(relative));
+  return column.append(library.size() < relative.size() ? library : relative);
 }
 
 std::string TEngineLog::SingleLine(IQuardaInstance& scan, IPlugin* plugin, int32_t priority,
