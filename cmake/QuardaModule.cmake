@@ -13,6 +13,9 @@ endfunction()
 # nothing that is not used: every library to load and every page to touch costs at each start.
 # Options behind the target go to the linker as well.
 function(qd_static_runtime target)
+  if(NOT WIN32)
+    target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/src/platform/posix/static/Terminate.cpp)
+  endif()
   if(NOT QD_SANITIZE)
     target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc -Wl,--as-needed -Wl,--gc-sections
                                           ${ARGN})

@@ -30,6 +30,13 @@ std::string_view ValueOf(std::string_view line) noexcept {
   return isSpaced ? TrimLeft(value) : value;
 }
 
+// Tells most lines of other keys by their first character.
+bool MayHaveKey(std::string_view line, std::string_view key) noexcept {
+  if (line.size() <= key.size()) return false;
+  return key.empty() || static_cast<unsigned char>(line.front()) <= ' ' ||
+         platform::LowerAnsi(line.front()) == platform::LowerAnsi(key.front());
+}
+
 // The name in a header line.
 std::optional<std::string_view> HeaderName(std::string_view trimmed) noexcept {
   if (trimmed.size() < 2 || trimmed.front() != '[' || trimmed.back() != ']') return std::nullopt;
@@ -78,6 +85,7 @@ size_t TIniSection::Find(std::string_view key) const {
     return found == index_.end() ? kNone : found->second;
   }
   for (size_t i = 0; i < lines_.Count(); ++i) {
+    if (!MayHaveKey(lines_[i], key)) continue;
     const auto other = KeyOf(lines_[i]);
     if (other && platform::SameAnsiText(*other, key)) return i;
   }
@@ -126,6 +134,7 @@ TStringList TIniSection::Lines() const {
 // ---- TIniFile
 
 void TIniFile::Clear() noexcept {
+  lastFound_ = nullptr;
   index_.clear();
   sections_.clear();
   readsDifferently_ = false;
@@ -186,8 +195,12 @@ TStringList TIniFile::Lines() const {
 }
 
 const TIniSection* TIniFile::Find(std::string_view section) const {
-  const auto found = index_.find(platform::LowerAnsi(Trim(section)));
-  return found == index_.end() ? nullptr : &*found->second;
+  section = Trim(section);
+  if (lastFound_ && platform::SameAnsiText(lastFound_->Name(), section)) return lastFound_;
+  const auto found = index_.find(platform::LowerAnsi(section));
+  if (found == index_.end()) return nullptr;
+  lastFound_ = &*found->second;
+  return lastFound_;
 }
 
 TIniSection* TIniFile::Find(std::string_view section) {
@@ -195,10 +208,11 @@ TIniSection* TIniFile::Find(std::string_view section) {
 }
 
 TIniSection& TIniFile::FindOrAdd(std::string_view section) {
+  if (TIniSection* const found = Find(section)) return *found;
   const std::string_view name = Trim(section);
-  const auto [found, isNew] = index_.try_emplace(platform::LowerAnsi(name));
-  if (isNew) found->second = sections_.emplace(sections_.end(), name);
-  return *found->second;
+  const auto added = sections_.emplace(sections_.end(), name);
+  index_.emplace(platform::LowerAnsi(name), added);
+  return *added;
 }
 
 bool TIniFile::HasSection(std::string_view section) const { return Find(section) != nullptr; }
@@ -237,6 +251,7 @@ TStringList TIniFile::Section(std::string_view section) const {
 void TIniFile::DeleteSection(std::string_view section) {
   const auto found = index_.find(platform::LowerAnsi(Trim(section)));
   if (found == index_.end()) return;
+  lastFound_ = nullptr;
   sections_.erase(found->second);
   index_.erase(found);
 }

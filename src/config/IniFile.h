@@ -100,6 +100,7 @@ class TIniFile {
 
   TSections sections_;
   std::unordered_map<std::string, TSections::iterator> index_;  // by name in lower case
+  mutable const TIniSection* lastFound_ = nullptr;  // most questions ask for the same one again
   // Whether a line was written that reading would take for something else than an entry.
   bool readsDifferently_ = false;
 };

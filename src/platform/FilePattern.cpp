@@ -2,12 +2,14 @@
 // one can take as well. The cost is at most name times pattern length.
 #include "FilePattern.h"
 
+#include <algorithm>
+
 #include "CodePage.h"
 
 namespace quarda::platform {
 
 bool HasWildcards(std::string_view pattern) noexcept {
-  return pattern.find_first_of("*?") != std::string_view::npos;
+  return std::ranges::any_of(pattern, [](char c) { return c == '*' || c == '?'; });
 }
 
 bool MatchesFilePattern(std::string_view name, std::string_view pattern) noexcept {

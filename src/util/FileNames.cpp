@@ -10,13 +10,15 @@ namespace {
 
 /// Where the file-name part begins.
 size_t NameStart(std::string_view path) noexcept {
-  return path.find_last_of("\\:") + 1;  // npos + 1 is 0
+  size_t start = path.size();
+  while (start > 0 && path[start - 1] != '\\' && path[start - 1] != ':') --start;
+  return start;
 }
 
 /// Where the extension begins: at its dot, or at the end.
 size_t ExtensionStart(std::string_view path) noexcept {
-  const size_t at = path.find_last_of(".\\:");
-  return at != std::string_view::npos && path[at] == '.' ? at : path.size();
+  const size_t dot = path.rfind('.');
+  return dot != std::string_view::npos && dot >= NameStart(path) ? dot : path.size();
 }
 
 }  // namespace

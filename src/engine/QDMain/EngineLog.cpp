@@ -148,10 +148,14 @@ void TEngineLog::Write(IQuardaInstance& scan, IPlugin* plugin, int32_t priority,
                        std::string_view message) {
   const TRef<IConfig> config = scan.GetConfig();
   if (!config) return;
-  const std::string path = LogFolder(*config, scan.GetQuardaPath()) + kLogName;
-  const bool newFile = !LimitLogFile(path, *config);
   const int32_t logMode = config->GetLogMode();
   const bool filtered = priority > logMode;
+  // An entry limits and creates the file even when it is not written itself. One that was seen to
+  // this need not be looked at again for every such entry, unless this scan made it grow.
+  const bool hasHeader = headerWritten_ || config->GetLogSingleLine();
+  if (filtered && hasHeader && isInOrder_) return;
+  const std::string path = LogFolder(*config, scan.GetQuardaPath()) + kLogName;
+  const bool newFile = !LimitLogFile(path, *config);
   std::string text;
   if (config->GetLogSingleLine()) {
     if (!filtered) text = SingleLine(scan, plugin, priority, message);
@@ -160,6 +164,7 @@ void TEngineLog::Write(IQuardaInstance& scan, IPlugin* plugin, int32_t priority,
     headerWritten_ = true;
     if (!filtered) text += EntryLine(plugin, priority, message, scan.GetQuardaPath());
   }
+  isInOrder_ = text.empty();
   if (text.empty() && !newFile) return;  // opening and closing it would change nothing
   try {
     AppendToFile(path, text);

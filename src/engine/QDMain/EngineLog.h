@@ -31,6 +31,7 @@ class TEngineLog {
   std::string Header(IQuardaInstance& scan, bool newFile, int32_t logMode) const;
 
   const platform::TClock& clock_;
+  bool isInOrder_ = false;  // the file is there and was not too large
   bool headerWritten_ = false;
 };
 

@@ -10,8 +10,6 @@
 namespace quarda::platform::posix {
 namespace {
 
-constexpr std::string_view kSlashes = "\\/";
-
 bool IsSlash(char c) { return c == '\\' || c == '/'; }
 
 bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
@@ -61,10 +59,10 @@ std::optional<std::string_view> DriveRoot(char letter) {
 
 /// Takes the next name off the front of a path; empty at its end.
 std::string_view TakeName(std::string_view& path) {
-  path.remove_prefix(std::min(path.size(), path.find_first_not_of(kSlashes)));
-  const std::string_view name = path.substr(0, path.find_first_of(kSlashes));
-  path.remove_prefix(name.size());
-  return name;
+  const auto start = std::ranges::find_if_not(path, IsSlash);
+  const auto end = std::find_if(start, path.end(), IsSlash);
+  path.remove_prefix(static_cast<size_t>(end - path.begin()));
+  return {start, end};
 }
 
 /// Appends the names of a path to `out`, which holds its root. ".." takes the last name away again
@@ -155,8 +153,9 @@ std::string ToWindows(std::string_view native) {
 }
 
 size_t NameStart(std::string_view path) noexcept {
-  const size_t slash = path.find_last_of(kSlashes);
-  if (slash != std::string_view::npos) return slash + 1;
+  for (size_t end = path.size(); end > 0; --end) {
+    if (IsSlash(path[end - 1])) return end;
+  }
   return HasDrive(path) ? 2 : 0;
 }
 

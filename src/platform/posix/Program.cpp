@@ -1,12 +1,12 @@
 #include "Program.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <link.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdlib>
+#include <memory>
 
 #include "FileCalls.h"
 #include "Files.h"
@@ -20,43 +20,42 @@ using namespace posix;
 
 namespace {
 
-/// The arguments one behind the other, each closed by a NUL.
-std::string ReadCommandLine() {
-  constexpr const char* kSource = "/proc/self/cmdline";
-  const TDescriptor file(OpenFile(kSource, O_RDONLY));
-  std::string text;
-  std::array<char, 4096> buffer;
-  ssize_t size = file ? 1 : -1;
-  while (size > 0) {
-    size = ReadSome(file.Get(), buffer.data(), buffer.size());
-    if (size > 0) text.append(buffer.data(), static_cast<size_t>(size));
-  }
-  if (size < 0) throw EPlatformError(LastErrorCode(), WindowsPath(kSource));
-  return text;
+/// What the system handed to this process; set before anything else runs, never changed. The
+/// files under /proc tell the same, but making them costs a process as much as a dozen other files.
+struct TGiven {
+  int count = 0;
+  char** arguments = nullptr;
+};
+
+constinit TGiven given;
+
+/// The loader hands the arguments of the program to whatever runs first in a module.
+[[gnu::constructor]] void KeepArguments(int count, char** arguments, char**) noexcept {
+  given = {count, arguments};
 }
 
-/// Read once.
-const std::string& CommandLine() {
-  static const std::string text = ReadCommandLine();
-  return text;
-}
-
-std::string FindProgram() {
+/// The file under the absolute name by which the program was started, or else the system's answer.
+std::string NativeProgram() {
+  const auto* const started = reinterpret_cast<const char*>(::getauxval(AT_EXECFN));
+  const bool isAbsolute = started != nullptr && *started == '/';
+  const std::unique_ptr<char, decltype(&std::free)> real(
+      isAbsolute ? ::realpath(started, nullptr) : nullptr, std::free);
+  if (real != nullptr) return real.get();
   std::string native;
   if (ReadLink("/proc/self/exe", native) != 0) throw EPlatformError(LastErrorCode(), "program");
-  return WindowsPath(native);
+  return native;
 }
 
-std::string ArgumentFrom(const std::string& given) {
+std::string ArgumentFrom(const std::string& argument) {
   struct stat info;
-  const bool isPath = given.starts_with('/') && StatPath(given, info) == 0;
-  return isPath ? WindowsPath(given) : given;
+  const bool isPath = argument.starts_with('/') && StatPath(argument, info) == 0;
+  return isPath ? WindowsPath(argument) : argument;
 }
 
 }  // namespace
 
 std::string ProgramPath() {
-  static const std::string path = FindProgram();
+  static const std::string path = WindowsPath(NativeProgram());
   return path;
 }
 
@@ -67,13 +66,7 @@ std::string ProgramFolder() {
 
 std::vector<std::string> ProgramArguments() {
   std::vector<std::string> arguments{ProgramPath()};
-  const std::string& text = CommandLine();
-  size_t start = text.find('\0');
-  while (start != std::string::npos && ++start < text.size()) {
-    const size_t end = text.find('\0', start);
-    arguments.push_back(ArgumentFrom(text.substr(start, end - start)));
-    start = end;
-  }
+  for (int i = 1; i < given.count; ++i) arguments.push_back(ArgumentFrom(given.arguments[i]));
   return arguments;
 }
 
@@ -96,16 +89,11 @@ bool IsCompanion(uint32_t process, std::string_view file) noexcept {
 }
 
 int32_t RunInPlace(std::string_view name) {
-  std::string text = CommandLine();
-  std::string program;
-  if (ReadLink("/proc/self/exe", program) != 0) throw EPlatformError(LastErrorCode(), "program");
+  std::string program = NativeProgram();
   program.resize(program.rfind('/') + 1);
   program.append(name);
   std::vector<char*> arguments{program.data()};
-  for (size_t at = text.find('\0'); at != std::string::npos && ++at < text.size();) {
-    arguments.push_back(text.data() + at);
-    at = text.find('\0', at);
-  }
+  for (int i = 1; i < given.count; ++i) arguments.push_back(given.arguments[i]);
   arguments.push_back(nullptr);
   ::execv(program.c_str(), arguments.data());
   throw EPlatformError(LastErrorCode(), WindowsPath(program));
