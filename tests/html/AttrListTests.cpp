@@ -19,9 +19,7 @@ TEST(AttrList, ReadsAndWrites) {
     const char *written, *proper;  // written anew, on one line before it was read
   } rows[] = {
       {"", 0, "", ""},
-      {" \r\n", 0, "", ""},
       {"checked", 1, "checked", "checked"},
-      {"href='x'  target=_blank", 2, "href='x'  target=_blank", "href='x' target=_blank"},
       {"a='x y' b=c", 2, "a='x y' b=c", "a='x y' b=c"},
       {"a='x'b=c", 2, "a='x' b=c", "a='x'b=c"},
       {"a = b", 3, "a  b", "a = b"},
@@ -30,7 +28,6 @@ TEST(AttrList, ReadsAndWrites) {
       {"a='1\r\n2' b", 2, "a='1\n2' b", "a='1 2' b"},
       {"a\tb c\rd", 2, "a\tb cd", "a\tb cd"},
       {"\"q\"'r's 'open", 3, "\"q\" 'r' s ", "\"q\"'r's 'open"},
-      {"a=\"it's\" b", 2, "a=\"it's\" b", "a=\"it's\" b"},
   };
   for (const auto& row : rows) {
     TAttrList list = List(row.text);
@@ -117,7 +114,6 @@ TEST(Tag, SplitsAndWrites) {
   } rows[] = {
       {"<a href='x'  target=_blank>", "a", "href='x'  target=_blank",
        "<a href='x'  target=_blank>"},
-      {"</p>", "/p", "", "</p>"},
       {"<!-- x -->", "!--", "x --", "<!-- x -->"},
       {"<br/>", "br", "", "<br>"},
       {"<br />", "br", "/", "<br />"},
@@ -125,7 +121,6 @@ TEST(Tag, SplitsAndWrites) {
       {"<a\tb c", "a\tb", "c", "<a\tb c>"},
       {"a  b>", "a", " b", "<a b>"},
       {"<", "", "", "<>"},
-      {"", "", "", "<>"},
   };
   for (const auto& row : rows) {
     std::string name, attributes;

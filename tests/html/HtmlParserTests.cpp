@@ -91,23 +91,6 @@ TEST(HtmlParser, FindsClosingTagsAfterEditsAhead) {
   }
 }
 
-TEST(HtmlParser, ReplacesElements) {
-  const struct {
-    const char *text, *expected;
-  } rows[] = {
-      {"a<div><div>x</div></DIV >b", "ab"}, {"a<iframe>b", "ab"},
-      {"a<iframe>b</iframe", "a"},          {"a<p><p></p>b", "a<p></p>b"},
-      {"a<p><!-- </p> -->b</p>c", "ac"},
-  };
-  for (const auto& row : rows) {
-    THtmlParser parser = Parser(row.text);
-    parser.Next();
-    parser.SetTagOuterHTML("");
-    EXPECT_EQ(parser.GetText(), row.expected) << row.text;
-    EXPECT_EQ(parser.GetIndex(), 2);
-  }
-}
-
 TEST(HtmlParser, EditsAsOneStringWouldBeEdited) {
   static constexpr const char* kPieces[] = {
       "<b>", "<b x='>'>", "</b>", "</B >", "<i>", "</i>", "<",   ">",     "text", "'",
