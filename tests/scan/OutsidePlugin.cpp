@@ -1,16 +1,35 @@
 // A plug-in library as others write it: built against the contract alone, with a C++ runtime of its
 // own. The subject of the mail tells it what to do.
 #include <QDIntf.h>
+#include <dlfcn.h>
 
+#include <cstdlib>
 #include <exception>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 
 namespace quarda {
 namespace {
 
-/// Lives until the library is unloaded, which is longer than any scan.
+std::string EnvironmentText(const char* name) {
+  const char* const text = std::getenv(name);
+  return text == nullptr ? "" : text;
+}
+
+/// Leaves word that the library is unloaded.
+struct TFarewell {
+  ~TFarewell() {
+    Dl_info library{};
+    ::dladdr(this, &library);
+    std::ofstream(EnvironmentText("OUTSIDE_FAREWELLS"), std::ios::app) << library.dli_fname << '\n';
+  }
+} farewell;
+
+/// Live until the library is unloaded, which is longer than any scan.
 TRef<IQuardaInstance> kept;
+TRef<IPluginList> keptList;
+TRef<IPlugin> keptPlugin;
 
 class TOutsidePlugin final : public TRefCounted<IPlugin> {
  public:
@@ -25,16 +44,35 @@ class TOutsidePlugin final : public TRefCounted<IPlugin> {
     if (subject == "catch") CatchErrorOfEngine(*instance);
     if (subject == "refuse") instance->VirusReason(this, "unwanted");
     if (subject == "keep") kept = TRef(instance);
+    if (subject == "keep list") keptList = instance->GetPlugins();
+    if (subject == "delete") DeleteFrom(*instance->GetPlugins());
+    if (subject == "exit") EndProcess(*instance);
+    if (subject == "inner") instance->LogWarn(this, "inner");
     if (subject == "parts") Rewrite(*instance->GetMail());
     return subject != "refuse";
   }
   void QDCALL Done(IQuardaInstance* instance, bool) override {
     if (instance->GetMail()->GetSubject() == "raise late") throw std::runtime_error("too late");
   }
-  bool QDCALL ConfirmResult(IQuardaInstance*, IPlugin*, bool, bool) override { return true; }
+  bool QDCALL ConfirmResult(IQuardaInstance* instance, IPlugin* plugin, bool, bool) override {
+    const bool isOther = plugin->GetName() == GetName();
+    if (isOther && instance->GetMail()->GetSubject() == "keep other") keptPlugin = TRef(plugin);
+    return true;
+  }
   AnsiString QDCALL GetDialogOptions(IQuardaInstance*) override { return {}; }
 
  private:
+  void DeleteFrom(IPluginList& plugins) {
+    for (int32_t i = plugins.GetCount() - 1; i >= 0; --i) {
+      if (plugins.GetPlugins(i).Get() == this) plugins.Delete(i);
+    }
+  }
+
+  void EndProcess(IQuardaInstance& instance) {
+    instance.GetConfig()->WriteString("Outside", "Written", "late");
+    std::exit(3);
+  }
+
   void CatchErrorOfEngine(IQuardaInstance& instance) {
     try {
       instance.NewStringList()->GetStrings(7);
@@ -66,7 +104,11 @@ class TOutsidePlugin final : public TRefCounted<IPlugin> {
 }  // namespace quarda
 
 extern "C" QDEXPORT void QDCALL cepEntryPoint(quarda::IPlugin** plugin) {
+  const std::string fault = quarda::EnvironmentText("OUTSIDE_FAULT");
+  if (fault == "null") return;
+  if (fault == "raise") throw std::runtime_error("no plug-in");
   const auto made = quarda::MakeRef<quarda::TOutsidePlugin>();
   made->AddRef();
   *plugin = made.Get();
+  if (fault == "raise late") throw std::runtime_error("a plug-in, and yet");
 }

@@ -54,6 +54,7 @@ void TQuardaApp::Start() {
 
 void TQuardaApp::Close() {
   instances_.clear();
+  if (plugins_) plugins_->Clear();  // a plug-in may hold the list, and would hold itself so
   plugins_.Reset();
   config_.Reset();
 }
@@ -105,11 +106,22 @@ bool TQuardaApp::ReportVirus(IQuardaInstanceEx& scan, int32_t exitCode) {
 
 namespace {
 
+/// Closes the current application when the engine is unloaded: a plug-in may end the process in the
+/// middle of a request.
+struct TCloseAtUnloading {
+  ~TCloseAtUnloading() {
+    const TRef<IQuardaApp> current = GetQuardaApp();
+    if (auto* const app = dynamic_cast<TQuardaApp*>(current.Get())) app->Close();
+    SetQuardaApp(nullptr);
+  }
+};
+
 /// The life of an application as the current one.
 class TCurrentRequest {
  public:
   explicit TCurrentRequest(const TEngineEnvironment& environment)
       : app_(MakeRef<TQuardaApp>(environment)) {
+    static const TCloseAtUnloading closeAtUnloading;
     SetQuardaApp(app_);
   }
   TCurrentRequest(const TCurrentRequest&) = delete;

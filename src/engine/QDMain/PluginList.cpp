@@ -3,6 +3,9 @@
 #include <CodePage.h>
 #include <Utils.h>
 
+#include <algorithm>
+#include <iterator>
+#include <map>
 #include <utility>
 
 namespace quarda {
@@ -26,9 +29,31 @@ TRef<IPlugin> AskForPlugin(platform::TLibraryHandle library) {
   return plugin;
 }
 
+bool IsHeldByOthers(const TRef<IPlugin>& plugin) {
+  if (!plugin) return false;
+  plugin->AddRef();
+  return plugin->Release() > 1;
+}
+
 }  // namespace
 
 TPluginList::~TPluginList() { Clear(); }
+
+void TPluginList::Unload(std::vector<TEntry> entries) {
+  std::map<IPlugin*, int32_t> references;  // what others hold when the list has dropped its own
+  std::vector<std::pair<IPlugin*, platform::TLibraryHandle>> libraries;
+  for (TEntry& entry : entries) {
+    IPlugin* const plugin = entry.plugin.Get();
+    libraries.emplace_back(plugin, entry.module);
+    if (plugin == nullptr) continue;
+    plugin->AddRef();
+    entry.plugin.Reset();
+    references[plugin] = plugin->Release();
+  }
+  for (const auto& [plugin, library] : libraries) {
+    if (library != 0 && references[plugin] == 0) platform::UnloadLibrary(library);
+  }
+}
 
 TPluginList::TEntry& TPluginList::Entry(int32_t index) {
   if (index < 0 || index >= GetCount()) RaiseListIndex(index);
@@ -43,18 +68,22 @@ int32_t TPluginList::Add(IPlugin* plugin, uintptr_t module) {
 }
 
 void TPluginList::Delete(int32_t index) {
-  const platform::TLibraryHandle module = Entry(index).module;
+  std::vector<TEntry> entry;
+  entry.push_back(std::move(Entry(index)));
   entries_.erase(entries_.begin() + index);
-  if (module != 0) platform::UnloadLibrary(module);
+  if (entry[0].module != 0 && IsHeldByOthers(entry[0].plugin)) {
+    deleted_.push_back(std::move(entry[0]));  // it may be running; its code goes with the list
+  } else {
+    Unload(std::move(entry));
+  }
 }
 
 void TPluginList::Clear() {
   std::vector<TEntry> entries = std::move(entries_);
+  std::ranges::move(deleted_, std::back_inserter(entries));
   entries_.clear();
-  for (TEntry& entry : entries) entry.plugin.Reset();
-  for (const TEntry& entry : entries) {
-    if (entry.module != 0) platform::UnloadLibrary(entry.module);
-  }
+  deleted_.clear();
+  Unload(std::move(entries));
 }
 
 TRef<IPlugin> TPluginList::LoadPlugin(const AnsiString& fileName) {

@@ -10,7 +10,8 @@
 namespace quarda {
 
 /// Owns a reference to each plug-in and the library that holds its code; a library is unloaded
-/// after its plug-in left the list. An index outside the list raises EListError.
+/// after its plug-in left the list. While somebody else holds the plug-in its code must stay: its
+/// library is then unloaded with the list, or never. An index outside the list raises EListError.
 class TPluginList : public TRefCounted<IPluginList> {
  public:
   ~TPluginList() override;
@@ -33,9 +34,12 @@ class TPluginList : public TRefCounted<IPluginList> {
     platform::TLibraryHandle module;  // 0 for none
   };
 
+  static void Unload(std::vector<TEntry> entries);
+
   TEntry& Entry(int32_t index);
 
   std::vector<TEntry> entries_;
+  std::vector<TEntry> deleted_;  // out of the list, but held by somebody else
 };
 
 }  // namespace quarda
