@@ -12,6 +12,13 @@ bool HasWildcards(std::string_view pattern) noexcept {
   return std::ranges::any_of(pattern, [](char c) { return c == '*' || c == '?'; });
 }
 
+bool IsDotName(std::string_view name) noexcept { return name == "." || name == ".."; }
+
+bool SortsBefore(std::string_view a, std::string_view b) noexcept {
+  const int order = CompareAnsiText(a, b);
+  return order != 0 ? order < 0 : a < b;
+}
+
 bool MatchesFilePattern(std::string_view name, std::string_view pattern) noexcept {
   if (pattern == "*.*") return true;
   constexpr size_t kNone = std::string_view::npos;

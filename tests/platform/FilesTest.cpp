@@ -148,7 +148,6 @@ TEST_F(Files, PathsBecomeAbsolute) {
                {"\\\\server\\share\\..\\a", "\\\\server\\share\\a"},
                {"a\\..\\b", current + "\\b"},
                {"..\\x", current.substr(0, current.rfind('\\')) + "\\x"},
-               {"1:x", current + "\\1:x"},
                {"", ""}};
   for (const auto& r : kRows) EXPECT_EQ(FullPath(r.path), r.full) << r.path;
   const std::string temporary = TempFolder();

@@ -48,15 +48,6 @@ TEST(Files, Move) {
   EXPECT_EQ(Content(target), "newer");
 }
 
-TEST(Files, MoveToAnotherDriveCopies) {
-  const TTempFolder folder, drive;
-  setenv("QUARDA_DRIVES", ("X=" + drive.Native().string()).c_str(), 1);
-  EXPECT_TRUE(MoveFile(folder.Write("source", "text"), "X:\\new\\target"));
-  EXPECT_EQ(Content(drive.Path("new\\target")), "text");
-  EXPECT_FALSE(platform::FileExists(folder.Path("source")));
-  unsetenv("QUARDA_DRIVES");
-}
-
 TEST(Files, Backup) {
   const TTempFolder folder;
   const std::string log = folder.Write("a.log", "1"), backup = folder.Write("a.bak", "0");

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "CodePage.h"
 #include "FileCalls.h"
 #include "FilePattern.h"
 #include "LocalTime.h"
@@ -53,8 +52,6 @@ struct TSearch {
   std::string_view name;
 };
 
-bool IsDotName(std::string_view name) { return name == "." || name == ".."; }
-
 std::optional<TFileRecord> FindOne(std::string_view path, std::string_view name) {
   if (name.empty() || IsDotName(name)) return std::nullopt;
   struct stat info;
@@ -75,11 +72,6 @@ TFolder OpenSearchFolder(const TSearch& search) {
     return folder == nullptr ? -1 : 0;
   });
   return folder;
-}
-
-bool SortsBefore(const std::string& a, const std::string& b) {
-  const int order = CompareAnsiText(a, b);
-  return order != 0 ? order < 0 : a < b;
 }
 
 std::vector<std::string> MatchingNames(const TFolder& folder, std::string_view pattern) {

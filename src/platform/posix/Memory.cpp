@@ -42,7 +42,7 @@ uint64_t AvailablePhysicalMemory() noexcept {
   struct sysinfo info {};
   const uint64_t free = ::sysinfo(&info) == 0 ? uint64_t{info.freeram} * info.mem_unit : 0;
   if (free >= kEnough) return free;
-  return std::max(free, posix::OrElse(uint64_t{0}, EstimateWithCaches));
+  return std::max(free, OrElse(uint64_t{0}, EstimateWithCaches));
 }
 
 // A system that knows one of the two hints only follows that one.

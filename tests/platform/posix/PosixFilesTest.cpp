@@ -84,6 +84,7 @@ TEST_F(PosixFiles, DrivesComeFromTheEnvironment) {
   EXPECT_EQ(WindowsPath(root + "d2//b/"), "E:\\b");
   EXPECT_EQ(WindowsPath("//tmp/./x"), "C:\\tmp\\.\\x");
   EXPECT_EQ(WindowsPath("a/b"), "a\\b");
+  EXPECT_EQ(FullPath("1:x"), CurrentFolder() + "\\1:x");
 }
 
 TEST_F(PosixFiles, AreFoundInAnySpelling) {

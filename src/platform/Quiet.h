@@ -3,7 +3,7 @@
 
 #include <utility>
 
-namespace quarda::platform::posix {
+namespace quarda::platform {
 
 /// What the body answers, or `failure` when it raises anything (memory may run out).
 template <class Answer, class Body>
@@ -15,4 +15,4 @@ Answer OrElse(Answer failure, Body&& body) noexcept {
   }
 }
 
-}  // namespace quarda::platform::posix
+}  // namespace quarda::platform

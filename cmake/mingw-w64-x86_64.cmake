@@ -1,0 +1,16 @@
+# Builds for Windows with the mingw-w64 compiler of that name; what is built runs under Wine, where
+# that is installed.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR AMD64)
+set(prefix x86_64-w64-mingw32)
+find_program(CMAKE_CXX_COMPILER NAMES ${prefix}-g++-posix ${prefix}-g++ REQUIRED)
+find_program(CMAKE_RC_COMPILER NAMES ${prefix}-windres REQUIRED)
+set(CMAKE_FIND_ROOT_PATH /usr/${prefix})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+find_program(wine NAMES wine64 wine)
+if(wine)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${wine})
+endif()

@@ -1,0 +1,43 @@
+#include "Library.h"
+
+#include "Files.h"
+#include "Paths.h"
+#include "Quiet.h"
+#include "System.h"
+
+namespace quarda::platform {
+
+using namespace win32;
+
+namespace {
+
+/// The full path of the library's file; empty when there is none.
+std::string FileOf(std::string_view given) {
+  const std::optional<std::string> path = SystemPath(given);
+  if (!path) return {};
+  return NameStart(given) > 0 ? FullPath(given) : FindOnSearchPath(*path, ".dll");
+}
+
+}  // namespace
+
+// Libraries that the loaded one needs are looked for beside it.
+TLibraryHandle LoadLibraryFile(std::string_view path) noexcept {
+  return OrElse(TLibraryHandle{0}, [&]() -> TLibraryHandle {
+    const std::string file = FileOf(path);
+    if (file.empty()) return 0;
+    const TNoErrorBoxes quiet;
+    return reinterpret_cast<TLibraryHandle>(
+        ::LoadLibraryExA(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+  });
+}
+
+void* FindExport(TLibraryHandle library, const char* name) noexcept {
+  if (library == 0) return nullptr;
+  return reinterpret_cast<void*>(::GetProcAddress(reinterpret_cast<HMODULE>(library), name));
+}
+
+void UnloadLibrary(TLibraryHandle library) noexcept {
+  if (library != 0) ::FreeLibrary(reinterpret_cast<HMODULE>(library));
+}
+
+}  // namespace quarda::platform
