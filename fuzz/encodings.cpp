@@ -26,6 +26,9 @@ void CheckQuotedPrintable(const TStringList& lines) {
   const std::string expected = simple::DecodeQuoted(text, false);
   fuzz::Require(QuotedPrintableToAnsi(text, false) == expected, "quoted text");
   fuzz::Require(DecodeQuotedPrintableLines(TBodyLines(lines)) == expected, "quoted lines");
+  std::string target(expected.size(), '\0');  // not a byte behind it is written
+  DecodeQuotedPrintableLines(TBodyLines(lines), target.data(), SIZE_MAX);
+  fuzz::Require(target == expected, "quoted lines into a buffer");
   fuzz::Require(QuotedPrintableToAnsi(text, true) == simple::DecodeQuoted(text, true), "header");
   if (text.find('\0') == text.npos) {
     const std::string encoded = AnsiToQuotedPrintable(text, true);

@@ -217,6 +217,10 @@ void CheckQuotedLines(TBodyLines lines, const std::string& joined) {
   std::string target(expected.size() / 2, '.');
   ASSERT_EQ(DecodeQuotedPrintableLines(lines, target.data(), target.size()), expected.size());
   ASSERT_EQ(target, expected.substr(0, target.size()));
+  const std::string behind(64, '.');
+  target = std::string(expected.size(), '\0') + behind;
+  ASSERT_EQ(DecodeQuotedPrintableLines(lines, target.data(), SIZE_MAX), expected.size());
+  ASSERT_EQ(target, expected + behind);
 }
 
 // The lines of a text that nobody has split, joined with CR LF.

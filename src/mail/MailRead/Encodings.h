@@ -49,8 +49,9 @@ bool DecodeLines(TBodyLines lines, void* target, size_t& capacity,
 /// `QuotedPrintableToAnsi` (not in header mode) of the lines joined with CR LF, which are never put
 /// together in memory.
 std::string DecodeQuotedPrintableLines(TBodyLines lines);
-/// The same into a buffer; at most `capacity` bytes are written. Returns the length of the whole
-/// decoded text, so a null buffer of capacity 0 asks for the size.
+/// The same into a buffer; at most `capacity` bytes are written, and with SIZE_MAX just the decoded
+/// text. Returns the length of the whole decoded text, so a null buffer of capacity 0 asks for the
+/// size.
 size_t DecodeQuotedPrintableLines(TBodyLines lines, void* target, size_t capacity);
 
 /// The value as one encoded word when it holds a control character or one above 127; otherwise the

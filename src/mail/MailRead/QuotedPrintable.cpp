@@ -88,7 +88,8 @@ class TJoinedLinesDecoder {
     size_t at = 0;
     for (bool done = false; !done;) {
       const size_t room = capacity_ - std::min(capacity_, size_);
-      const bool fits = room > 0 && text.size() - at <= room;  // no target without room
+      // Decoding in place may write as far as the source is long: the room must be known.
+      const bool fits = room > 0 && capacity_ != SIZE_MAX && text.size() - at <= room;
       const std::string_view piece = text.substr(at, fits ? text.npos : sizeof buffer_);
       done = at + piece.size() == text.size();
       char* const start = fits ? target_ + size_ : buffer_;
