@@ -110,13 +110,13 @@ void MeasureHostilePages() {
   row.push_back("worst (goal)");
   PrintRow(row);
   const std::string ordinary = FriendlyPage(kPageSize);
-  const std::vector<TPage> pages = HostilePages(kPageSize);
-  const std::vector<TPage> longPages = HostilePages(2 * kPageSize);
-  for (size_t i = 0; i < pages.size(); ++i) {
-    row = {std::string(pages[i].name)};
+  for (const TPage& page : HostilePages()) {
+    const std::string html = page.make(kPageSize);
+    const std::string longer = page.make(2 * kPageSize);
+    row = {std::string(page.name)};
     double worst = 0;
     for (const TCheck& check : Checks()) {
-      const TCost cost = CostOf(check, ordinary, pages[i].html, longPages[i].html);
+      const TCost cost = CostOf(check, ordinary, html, longer);
       const double times = cost.hostile / cost.ordinary;
       char text[48];
       std::snprintf(text, sizeof text, "%.2f %.2f %.1f x", cost.hostile, cost.twiceAsLong, times);

@@ -6,17 +6,15 @@ namespace quarda::bench {
 
 namespace {
 
-std::string Repeat(std::string_view piece, size_t size) {
-  std::string text;
-  text.reserve(size + piece.size());
-  while (text.size() < size) text += piece;
-  return text;
+/// Up to that size and a piece more.
+std::string Filled(std::string_view piece, size_t size) {
+  return Repeat(piece, (size + piece.size() - 1) / piece.size());
 }
 
 /// Half of the size each.
 std::string Nested(std::string_view open, std::string_view close, size_t size) {
   const size_t count = size / (open.size() + close.size());
-  return Repeat(open, count * open.size()) + Repeat(close, count * close.size());
+  return Repeat(open, count) + Repeat(close, count);
 }
 
 std::string Attributes(size_t count) {
@@ -45,25 +43,36 @@ std::string FriendlyPage(size_t size) {
   return html + "</table></body></html>\r\n";
 }
 
-std::vector<TPage> HostilePages(size_t size) {
+std::vector<TPage> HostilePages() {
+  const auto filled = [](std::string_view piece) {
+    return [piece](size_t size) { return Filled(piece, size); };
+  };
+  const auto nested = [](std::string_view open, std::string_view close) {
+    return [open, close](size_t size) { return Nested(open, close, size); };
+  };
+  const auto between = [](std::string_view first, std::string_view piece, std::string_view last) {
+    return [first, piece, last](size_t size) {
+      return std::string(first) + Filled(piece, size) + std::string(last);
+    };
+  };
   return {
-      {"unclosed <script>", Repeat("<script>", size)},
-      {"closed <script>", Repeat("<script></script>", size)},
-      {"<script> in each other", Nested("<script>", "</script>", size)},
-      {"one </script> at the very end", Repeat("<script>", size) + "</script>"},
-      {"unclosed <object>", Repeat("<object classid=1>", size)},
-      {"<object> in each other", Nested("<object classid=1>", "</object>", size)},
-      {"one </object> at the very end", Repeat("<object classid=1>", size) + "</object>"},
-      {"unclosed <iframe>", Repeat("<iframe>", size)},
-      {"closed <iframe>", Repeat("<iframe></iframe>", size)},
-      {"<iframe> in each other", Nested("<iframe>", "</iframe>", size)},
-      {"writing script full of <", "<script><iframe><!--" + Repeat("<", size) + "--></script>"},
-      {"comment that never ends", "<!--" + Repeat("<script>", size)},
-      {"one tag without end", "<object classid='" + Repeat("a ", size)},
-      {"one tag of 100,000 attributes", Attributes(size / 10)},
-      {"nothing but <", Repeat("<", size)},
-      {"nothing but <?a", Repeat("<?a", size)},
-      {"nothing but <>", Repeat("<>", size)},
+      {"unclosed <script>", filled("<script>")},
+      {"closed <script>", filled("<script></script>")},
+      {"<script> in each other", nested("<script>", "</script>")},
+      {"one </script> at the very end", between("", "<script>", "</script>")},
+      {"unclosed <object>", filled("<object classid=1>")},
+      {"<object> in each other", nested("<object classid=1>", "</object>")},
+      {"one </object> at the very end", between("", "<object classid=1>", "</object>")},
+      {"unclosed <iframe>", filled("<iframe>")},
+      {"closed <iframe>", filled("<iframe></iframe>")},
+      {"<iframe> in each other", nested("<iframe>", "</iframe>")},
+      {"writing script full of <", between("<script><iframe><!--", "<", "--></script>")},
+      {"comment that never ends", between("<!--", "<script>", "")},
+      {"one tag without end", between("<object classid='", "a ", "")},
+      {"one tag of 100,000 attributes", [](size_t size) { return Attributes(size / 10); }},
+      {"nothing but <", filled("<")},
+      {"nothing but <?a", filled("<?a")},
+      {"nothing but <>", filled("<>")},
   };
 }
 

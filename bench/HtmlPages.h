@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,11 +14,11 @@ namespace quarda::bench {
 /// and an inline frame.
 std::string FriendlyPage(size_t size);
 
+/// `make(size)` makes a page of about that size.
 struct TPage {
   std::string_view name;
-  std::string html;
+  std::function<std::string(size_t size)> make;
 };
-/// Each about that size.
-std::vector<TPage> HostilePages(size_t size);
+std::vector<TPage> HostilePages();
 
 }  // namespace quarda::bench

@@ -30,13 +30,6 @@ std::string Text(TRandom& random, size_t size) {
   return text + "\r\n";
 }
 
-std::string Repeat(std::string_view piece, size_t count) {
-  std::string text;
-  text.reserve(piece.size() * count);
-  for (size_t i = 0; i < count; ++i) text += piece;
-  return text;
-}
-
 std::string Number(size_t value) { return std::to_string(value); }
 
 std::string LittleEndian(uint64_t value, int bytes) {
@@ -198,6 +191,13 @@ std::string QuotedEnds(size_t n) {
 
 }  // namespace
 
+std::string Repeat(std::string_view piece, size_t count) {
+  std::string text;
+  text.reserve(piece.size() * count);
+  for (size_t i = 0; i < count; ++i) text += piece;
+  return text;
+}
+
 uint32_t TRandom::Below(uint32_t limit) {
   state_ ^= state_ << 13;
   state_ ^= state_ >> 7;
@@ -252,6 +252,26 @@ std::string AttachedMailsMail(size_t mails) {
         Number(i) + "\r\n";
   }
   return mail + "--b--\r\n";
+}
+
+std::string SameAttachments(size_t n) {
+  return "Subject: x\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n" +
+         Repeat("--b\r\nContent-Disposition: attachment; filename=a.txt\r\n\r\nthe same\r\n", n) +
+         "--b--\r\n";
+}
+
+std::string SmallFilesMail(size_t files) { return ContainerMail(files, 1, 5); }
+
+std::string AllShapesMail(size_t n) {
+  std::string mail =
+      "Content-Type: multipart/mixed; boundary=all\r\nTo: " + Repeat("a@b,\r\n\t", n) +
+      "last@sender.example\r\nX-Values: " + Repeat(";", n) +
+      "\r\nSubject: " + Repeat("=?iso-8859-1?Q?a?= ", n) + "\r\n";
+  for (size_t i = 0; i < n; ++i) mail += "X-" + Number(i) + ": v\r\n";
+  mail += "\r\n--all\r\nContent-Type: text/html\r\n\r\n" +
+          Repeat("<script><object><iframe>&lt", n) + "\r\n--all\r\n" + QuotedEnds(n);
+  mail += "--all\r\n" + Siblings(n / 4) + "--all\r\n" + EmptyLines(n) + "--all\r\n";
+  return mail + Nested(n / 4);
 }
 
 std::string ManyPartsMail(size_t parts, uint64_t seed) {

@@ -20,6 +20,9 @@ class TRandom {
   uint64_t state_;
 };
 
+/// The piece that many times.
+std::string Repeat(std::string_view piece, size_t count);
+
 /// Ordinary mails of about the given size: many header fields, a text as plain and as HTML, and an
 /// attachment where the size leaves room for one.
 std::vector<std::string> OrdinaryMails(size_t count, size_t size, uint64_t seed);
@@ -31,6 +34,12 @@ std::string Container(size_t files, size_t size, uint64_t seed);
 std::string ContainerMail(size_t files, size_t size, uint64_t seed);
 /// That many attached mails of one line each.
 std::string AttachedMailsMail(size_t mails);
+/// That many attachments of one content.
+std::string SameAttachments(size_t n);
+/// A container of that many files of one byte.
+std::string SmallFilesMail(size_t files);
+/// Many of the hostile shapes, one behind the other, as one mail.
+std::string AllShapesMail(size_t n);
 /// A multipart of that many small parts.
 std::string ManyPartsMail(size_t parts, uint64_t seed);
 
