@@ -35,6 +35,8 @@ target_sources(qd_sdk_plugin INTERFACE
                $<BUILD_INTERFACE:${sdk_dir}/${sdk_source}>
                $<INSTALL_INTERFACE:$<INSTALL_PREFIX>/share/quarda/PluginLibrary.cpp>)
 if(NOT WIN32)
+  # A library with unique symbols, which g++ makes of variables in headers, is never unloaded.
+  target_compile_options(qd_sdk_plugin INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
   target_link_options(qd_sdk_plugin INTERFACE -static-libstdc++ -static-libgcc
                       -Wl,-O1 -Wl,--as-needed -Wl,--gc-sections -Wl,-Bsymbolic -Wl,--exclude-libs,ALL)
 endif()

@@ -70,12 +70,12 @@ try_boundary() {
     "$here/OutsidePlugin.cpp"
   made=outside$tried
   build "$work/outside"
-  for library in "$shared" "$work/$made/liboutside.so"; do
-    "$here/plugin.sh" "$host" "$engine" "$library" "$errors" || {
-      echo "FAILED: $make: $library"
-      faults=$((faults + 1))
-    }
-  done
+  "$here/plugin.sh" "$host" "$engine" "$shared" "$errors" stays || report "shared runtime"
+  "$here/plugin.sh" "$host" "$engine" "$work/$made/liboutside.so" "$errors" || report "own runtime"
+}
+report() {
+  faults=$((faults + 1))
+  echo "FAILED: $make: $1"
 }
 mkdir "$work/outside"
 cat >"$work/outside/CMakeLists.txt" <<PROJECT
