@@ -34,7 +34,9 @@ target_include_directories(qd_sdk_plugin INTERFACE $<BUILD_INTERFACE:${sdk_dir}>
 target_sources(qd_sdk_plugin INTERFACE
                $<BUILD_INTERFACE:${sdk_dir}/${sdk_source}>
                $<INSTALL_INTERFACE:$<INSTALL_PREFIX>/share/quarda/PluginLibrary.cpp>)
-if(NOT WIN32)
+if(WIN32)
+  target_link_options(qd_sdk_plugin INTERFACE -static)
+else()
   # A library with unique symbols, which g++ makes of variables in headers, is never unloaded.
   target_compile_options(qd_sdk_plugin INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
   target_link_options(qd_sdk_plugin INTERFACE -static-libstdc++ -static-libgcc

@@ -126,6 +126,14 @@ for i in 1 2 3 4 5; do
   wait "${starts[@]}"
 done
 
+# An engine that cannot start says so where everything is said.
+chmod 755 "$objects"
+"$base/quarda" -daemon </dev/null
+grep -q 'Error.*Exception class .*: Operation not permitted: .*quarda-' "$base/Quarda.log" ||
+  fail "the log does not tell why no engine starts: $(tail -n 1 "$base/Quarda.log")"
+request 1 '' prize
+chmod 700 "$objects"
+
 # A full disk keeps the engine from starting and the client from asking, and no more.
 full() {
   mount -t tmpfs -o size=16k none "$work/full"

@@ -17,6 +17,8 @@ namespace quarda {
 namespace {
 
 constexpr const char* kSettingsName = "Quarda.ini";
+/// Names no file; an empty one would stand for the arguments of the process.
+constexpr const char* kNoCommandLine = "quarda";
 
 }  // namespace
 
@@ -138,6 +140,18 @@ class TCurrentRequest {
 };
 
 }  // namespace
+
+void LogOutsideScans(const TEngineEnvironment& environment) noexcept {
+  try {
+    const TErrorDescription error = DescribeCurrentError();
+    const TCurrentRequest request(environment);
+    request.App().Start();
+    const auto nobody = MakeRef<TQuardaInstance>(kNoCommandLine, environment);
+    nobody->LogError(nullptr, "Exception class " + error.className + ": " + error.message);
+  } catch (...) {
+    // There is nowhere left to tell it.
+  }
+}
 
 int32_t RunCommandLine(const AnsiString& commandLine,
                        const TEngineEnvironment& environment) noexcept {

@@ -52,4 +52,7 @@ int32_t RunCommandLine(const AnsiString& commandLine,
 /// The same beside the program of this process, with the clock of the system.
 int32_t RunCommandLine(const AnsiString& commandLine) noexcept;
 
+/// Writes the error that is being handled to the log, where there is no scan that could.
+void LogOutsideScans(const TEngineEnvironment& environment) noexcept;
+
 }  // namespace quarda

@@ -39,6 +39,10 @@ class TSharedRecord {
   void* block_;
 };
 
+bool WindowExists() noexcept {
+  return platform::MessageWindowExists(kEngineWindowClass, kEngineWindowTitle);
+}
+
 std::string CommandLineOf(const SharedEngineRecord& record) {
   const char* const text = record.RequestCommandLine;
   return std::string(text, std::find(text, std::end(record.RequestCommandLine), '\0'));
@@ -85,17 +89,15 @@ int32_t TEngineWindow::ServeRequest(uint32_t wait) {
   return reply;
 }
 
-void RunResidentEngine(bool quit, const TEngineEnvironment& environment) {
-  if (platform::MessageWindowExists(kEngineWindowClass, kEngineWindowTitle)) {
-    if (quit) {
-      platform::PostToWindow(kEngineWindowClass, kEngineWindowTitle, platform::kCloseMessage);
-    }
-    return;
-  }
+namespace {
+
+/// Serves requests, if this process gets the record and the window.
+void Serve(const TEngineEnvironment& environment) {
   const TSharedRecord record;
   if (record.Get() == nullptr) return;
   TEngineWindow engine(*record.Get(), environment);
   try {
+    // The window and its socket go when this returns, before the block does; nobody can tell.
     platform::TMessageWindow window(kEngineWindowClass, kEngineWindowTitle,
                                     [&engine](platform::TMessageWindow& self, uint32_t message) {
                                       return engine.Handle(self, message);
@@ -108,6 +110,24 @@ void RunResidentEngine(bool quit, const TEngineEnvironment& environment) {
     window.Run();
   } catch (const platform::EPlatformError&) {
     // Another engine was faster, or the system allows no window: nobody is served here.
+    if (!WindowExists()) LogOutsideScans(environment);
+  }
+}
+
+}  // namespace
+
+void RunResidentEngine(bool quit, const TEngineEnvironment& environment) {
+  if (WindowExists()) {
+    if (quit) {
+      platform::PostToWindow(kEngineWindowClass, kEngineWindowTitle, platform::kCloseMessage);
+    }
+    return;
+  }
+  try {
+    Serve(environment);
+  } catch (const std::exception&) {
+    LogOutsideScans(environment);  // whoever starts an engine rarely sees what the host prints
+    throw;
   }
 }
 
