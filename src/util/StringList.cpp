@@ -51,6 +51,7 @@ TStringList& TStringList::operator=(TStringList&& other) noexcept {
 }
 
 void TStringList::Changed() {
+  wasChanged_ = true;
   if (updates_ > 0) {
     changedInUpdate_ = true;
   } else if (observer_) {

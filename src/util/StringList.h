@@ -101,6 +101,8 @@ class TStringList {
   void BeginUpdate() noexcept { ++updates_; }
   void EndUpdate();
   void SetObserver(TStringListObserver* observer) noexcept { observer_ = observer; }
+  /// Whether the lines were ever changed by anything but `AddSlice`.
+  bool WasChanged() const noexcept { return wasChanged_; }
 
  private:
   static constexpr size_t kCompactAt = 65536;
@@ -132,6 +134,7 @@ class TStringList {
   TStringListObserver* observer_ = nullptr;
   uint32_t updates_ = 0;
   bool changedInUpdate_ = false;
+  bool wasChanged_ = false;
 };
 
 /// Opens an update bracket for a scope.

@@ -55,6 +55,50 @@ TEST_F(MailFileTest, DeferredBodiesAreReadWhenNeeded) {
   EXPECT_TRUE(kept.GetParts(1).GetFileContent() == large);
 }
 
+TEST_F(MailFileTest, OneBodyAtATimeStaysInMemory) {
+  Write(Mail("first\r\n", "second"));
+  TMail mail;
+  mail.KeepBodies = false;
+  mail.LoadFromFile(file_);
+  TMailPart& first = mail.GetParts(0);
+  TMailPart& second = mail.GetParts(1);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(first.DecodedContent(), "first\r\n");
+    EXPECT_TRUE(first.IsBodyResident());
+    EXPECT_EQ(second.GetFileContent(), "second");
+    EXPECT_FALSE(first.IsBodyResident());
+    EXPECT_EQ(first.ShareBody()->Count(), 2u);
+    EXPECT_FALSE(second.IsBodyResident());
+    mail.ReleaseBody();
+    EXPECT_FALSE(first.IsBodyResident());
+  }
+  const auto held = second.ShareBody();
+  mail.ReleaseBody();
+  EXPECT_EQ(held->Text(), "second\r\n");
+  EXPECT_EQ(second.ShareBody(), held);
+  first.ShareBody()->Add("added");
+  mail.ReleaseBody();
+  EXPECT_EQ(first.DecodedContent(), "first\r\n\r\nadded");
+}
+
+TEST_F(MailFileTest, ABodyReadAgainIsTheSame) {
+  for (const bool shared : {false, true}) {
+    Write(Mail("first", "second"));
+    TMail mail;
+    mail.KeepBodies = false;
+    mail.LoadFromFile(file_);
+    const size_t size = mail.GetParts(0).DecodedContent(nullptr);
+    if (shared) mail.GetParts(0).ShareBody();
+    mail.ReleaseBody();
+    Write(Mail("other", "second"));  // its buffer could be too small for what is there now
+    std::string buffer(size, '\0');
+    EXPECT_THROW(mail.GetParts(0).DecodedContent(buffer.data()), EError);
+    EXPECT_EQ(mail.GetParts(1).DecodedContent(), "second");
+    Write(Mail("first", "second"));
+    EXPECT_EQ(mail.GetParts(0).DecodedContent(), "first");
+  }
+}
+
 TEST_F(MailFileTest, ADeferredBodyWithoutItsFileIsEmpty) {
   Write(Mail("a", "b"));
   TMail mail;

@@ -71,8 +71,8 @@ TRef<IHeader> TMailPartAdapter::GetHeader() {
 }
 
 TRef<IStringList> TMailPartAdapter::GetBody() {
-  TStringList& lines = part_.GetBody();
-  if (!body_) body_ = StringListAdapter(lines);
+  const std::shared_ptr<TStringList> lines = part_.ShareBody();
+  if (!body_) body_ = StringListAdapterOwned(lines);
   return body_;
 }
 
@@ -134,6 +134,7 @@ void TMailPartAdapter::Empty() {
 void TMailPartAdapter::Assign(IMailPart* source) {
   Empty();
   if (!source) return;
+  part_.DropBody();  // it need not be read only to be replaced
   using TCopy = std::pair<TRef<IMailPart>, TRef<IMailPart>>;  // to, from
   std::vector<TCopy> pending;
   pending.emplace_back(TRef<IMailPart>(static_cast<IMail*>(this)), TRef<IMailPart>(source));

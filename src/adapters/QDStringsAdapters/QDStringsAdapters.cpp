@@ -91,7 +91,7 @@ TRef<IStringList> TStringListAdapter::CopyList() {
 
 TRef<IStringList> StringListAdapter(TStringList& list) { return MakeRef<TStringListAdapter>(list); }
 
-TRef<IStringList> StringListAdapterOwned(std::unique_ptr<TStringList> list) {
+TRef<IStringList> StringListAdapterOwned(std::shared_ptr<TStringList> list) {
   return MakeRef<TStringListAdapter>(std::move(list));
 }
 

@@ -10,12 +10,12 @@
 
 namespace quarda {
 
-/// The one implementation of IStringList: forwards every operation to a string list that it borrows
-/// or owns. A borrowed list must outlive every adapter over it.
+/// The one implementation of IStringList: forwards every operation to a string list that it
+/// borrows, owns or shares. A borrowed list must outlive every adapter over it.
 class TStringListAdapter final : public TRefCounted<IStringList> {
  public:
   explicit TStringListAdapter(TStringList& borrowed) noexcept : list_(borrowed) {}
-  explicit TStringListAdapter(std::unique_ptr<TStringList> owned) noexcept
+  explicit TStringListAdapter(std::shared_ptr<TStringList> owned) noexcept
       : owned_(std::move(owned)), list_(*owned_) {}
 
   int32_t QDCALL GetCount() override;
@@ -42,14 +42,14 @@ class TStringListAdapter final : public TRefCounted<IStringList> {
   TRef<IStringList> QDCALL CopyList() override;
 
  private:
-  const std::unique_ptr<TStringList> owned_;  // null when the list is borrowed
+  const std::shared_ptr<TStringList> owned_;  // null when the list is borrowed
   TStringList& list_;
 };
 
 /// An adapter over a list that outlives it.
 TRef<IStringList> StringListAdapter(TStringList& list);
-/// An adapter that owns its list.
-TRef<IStringList> StringListAdapterOwned(std::unique_ptr<TStringList> list);
+/// An adapter that owns its list, or shares it.
+TRef<IStringList> StringListAdapterOwned(std::shared_ptr<TStringList> list);
 /// An adapter that owns a new, empty list.
 TRef<IStringList> NewStringListAdatper();
 /// A copy of the lines, line by line; null for null.

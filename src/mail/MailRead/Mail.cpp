@@ -16,6 +16,7 @@ namespace quarda {
 namespace {
 
 constexpr int32_t kLargestWholeFile = 15728640;
+constexpr uint64_t kWorthReleasing = 65536;
 
 TMemoryStream ReadFile(std::string_view fileName) {
   platform::TFile file(fileName, platform::TOpenMode::kReadShared);
@@ -63,6 +64,7 @@ void TMail::LoadFromFile(std::string_view fileName) {
   if (quarda::GetFileSize(fileName_) < kLargestWholeFile) {
     TMemoryStream stream = ReadFile(fileName_);
     InternLoadFromStream(stream);
+    keepsText_ = KeepBodies && Releasable && stream.Size() >= kWorthReleasing;
   } else {
     TFileStream stream(fileName_, platform::TOpenMode::kReadShared);
     InternLoadFromStream(stream);
@@ -76,6 +78,7 @@ void TMail::LoadFromStream(TStream& stream) {
 
 void TMail::InternLoadFromStream(TStream& stream) {
   loadFailed_ = true;
+  keepsText_ = false;
   if (fileName_.empty()) KeepBodies = true;
   lists_.Clear();
   // Nobody sees the lists while the tree grows, so they are made once, of the whole.
@@ -114,7 +117,25 @@ void TMail::SaveToStream(TStream& stream) {
   streamer.Flush();
 }
 
+void TMail::ReleaseBody() noexcept {
+  if (readBack_) readBack_->LetBodyGo();
+  readBack_ = nullptr;
+}
+
+void TMail::ReleaseBodies() {
+  ReleaseBody();
+  if (!std::exchange(keepsText_, false)) return;
+  std::vector<TMailPart*> pending{this};
+  while (!pending.empty()) {
+    TMailPart& part = *pending.back();
+    pending.pop_back();
+    if (part.body_ == TBodyState::kText) part.LetBodyGo();
+    for (const auto& child : part.parts_) pending.push_back(child.get());
+  }
+}
+
 void TMail::LoadAllBodies() {
+  keepsText_ = false;
   std::vector<TMailPart*> pending{this};
   while (!pending.empty()) {
     TMailPart& part = *pending.back();

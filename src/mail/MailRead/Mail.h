@@ -41,10 +41,18 @@ class TMail final : public TMailPart {
   /// Errors of the stream pass through, and those of `LoadBody`.
   void SaveToStream(TStream& stream);
   void LoadAllBodies();
+  /// Lets the body go that was read back last, unless somebody holds or changed it.
+  void ReleaseBody() noexcept;
+  /// The same for all bodies that a `Releasable` mail kept: they are deferred from now on. Costs a
+  /// walk over the parts once.
+  void ReleaseBodies();
 
   /// Whether the bodies are read while the mail is parsed, or stay in the file until they are
   /// needed. Set it before loading. A mail loaded from a stream always keeps them.
   bool KeepBodies = true;
+  /// Whether the bodies that are kept may be given up later, when somebody else needs the memory.
+  /// Set it before loading.
+  bool Releasable = false;
   const std::string& GetMailFileName() const noexcept { return fileName_; }
   /// Whether the last attempt to load ended with an error.
   bool LoadFailed() const noexcept { return loadFailed_; }
@@ -95,6 +103,8 @@ class TMail final : public TMailPart {
 
   TPartLists lists_;
   std::string fileName_;
+  TMailPart* readBack_ = nullptr;  // whose body can be read again; null when any part is deleted
+  bool keepsText_ = false;         // the text of a releasable mail is in memory
   bool loading_ = false;
   bool loadFailed_ = false;
 };

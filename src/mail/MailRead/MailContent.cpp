@@ -54,11 +54,11 @@ std::pair<size_t, size_t> FramedLines(const TStringList& lines) {
 // its text: the list would cost more than the text where lines are short.
 TBodyLines TMailPart::EncodedLines(mail::TEncodeType encoding) {
   if (encoding == mail::eUUE) {
-    const TStringList& lines = GetBody();
+    const TStringList& lines = *ShareBody();
     const auto [first, end] = FramedLines(lines);
     return {lines, first, end};
   }
-  LoadBody();
+  ReadBack();
   return body_ == TBodyState::kText ? TBodyLines(text_) : TBodyLines(Lines());
 }
 

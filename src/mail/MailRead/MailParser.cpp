@@ -26,6 +26,7 @@ bool IsBoundary(std::string_view line, std::string_view boundary,
 TMailParser::TMailParser(TMailPart& root, TTextStreamer& streamer)
     : streamer_(streamer),
       keepBodies_(!root.mail_ || root.mail_->KeepBodies),
+      shareText_(keepBodies_ && !(root.mail_ && root.mail_->Releasable)),
       outerBoundary_(root.parent_ ? root.parent_->GetBoundary() : std::string()) {
   open_.push_back({&root, {}});
 }
@@ -50,7 +51,7 @@ void TMailParser::Run() {
 }
 
 void TMailParser::Open(TMailPart& part) {
-  part.header_.LoadFromTextStreamer(streamer_, keepBodies_);
+  part.header_.LoadFromTextStreamer(streamer_, shareText_);
   TOpenPart& open = open_.emplace_back();
   open.part = &part;
   part.listing_ = part.Classify(&open.boundary);
@@ -104,6 +105,9 @@ void TMailParser::KeepBody(TMailPart& part, uint64_t start, uint64_t end,
   }
   if (streamer_.IsInMemory()) {
     part.UseText(streamer_.Block(), streamer_.Content(start, end));
+    part.isFromFile_ = part.body_ == TMailPart::TBodyState::kText;
+    part.bodyStart_ = start;
+    part.bodyEnd_ = end;
     return;
   }
   TTextBlock block(collected.size());
@@ -114,10 +118,11 @@ void TMailParser::KeepBody(TMailPart& part, uint64_t start, uint64_t end,
 void TMailPart::LoadFromTextStreamer(TTextStreamer& streamer) {
   const bool listed = mail_ && !mail_->loading_;
   if (listed) mail_->lists_.ForgetChildren(*this);
+  if (mail_) mail_->readBack_ = nullptr;
   DestroyAll(std::exchange(parts_, {}));
-  if (lines_) lines_->Clear();
-  UseLines();
+  DropBody();
   bodyStart_ = bodyEnd_ = 0;
+  bodyHash_ = 0;
   TMailParser(*this, streamer).Run();
   modified_ = false;  // nothing below was ever marked
   MarkAbove();

@@ -35,6 +35,7 @@ class TMailParser {
 
   TTextStreamer& streamer_;
   const bool keepBodies_;
+  const bool shareText_;
   const std::string outerBoundary_;  // of the root's parent
   std::vector<TOpenPart> open_;      // the root first, the innermost part last
 };

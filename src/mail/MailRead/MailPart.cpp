@@ -5,6 +5,7 @@
 #include <Streams.h>
 
 #include <algorithm>
+#include <functional>
 
 #include "LineScan.h"
 #include "Mail.h"
@@ -21,6 +22,13 @@ bool FitsIntoMemory(uint64_t size) {
   return size < kLargestBlock && available > kMemoryToSpare &&
          size * 2 < available - kMemoryToSpare;
 }
+
+bool HasLoneCr(std::string_view text) noexcept {
+  return static_cast<size_t>(std::ranges::count(text, '\r')) != CountCrLfs(text);
+}
+
+// Never 0.
+size_t HashOf(std::string_view text) noexcept { return std::hash<std::string_view>()(text) | 1; }
 
 }  // namespace
 
@@ -75,6 +83,7 @@ TMailPart& TMailPart::Add() {
 void TMailPart::Delete(size_t index) {
   CheckIndex(index);
   if (mail_) mail_->lists_.Forget(*parts_[index]);
+  if (mail_) mail_->readBack_ = nullptr;
   parts_.erase(parts_.begin() + static_cast<ptrdiff_t>(index));
   NotifyMail();
   SetModified(true);
@@ -122,6 +131,7 @@ void TMailPart::Exchange(size_t index1, size_t index2) {
 
 void TMailPart::Clear() {
   if (mail_) mail_->lists_.ForgetChildren(*this);
+  if (mail_) mail_->readBack_ = nullptr;
   DestroyAll(std::exchange(parts_, {}));
   NotifyMail();
   SetModified(true);
@@ -175,6 +185,7 @@ void TMailPart::Assign(TMailPart& source) {
   TParts children = CopyChildren(source);
   AssignOwn(source);
   if (mail_) mail_->lists_.ForgetChildren(*this);
+  if (mail_) mail_->readBack_ = nullptr;
   DestroyAll(std::exchange(parts_, std::move(children)));
   NotifyReordered();
   SetModified(true);
@@ -186,12 +197,13 @@ void TMailPart::SetHeader(const THeader& header) {
 }
 
 TStringList& TMailPart::Lines() {
-  if (!lines_) lines_ = std::make_unique<TStringList>();
+  if (!lines_) lines_ = std::make_shared<TStringList>();
   return *lines_;
 }
 
 // The lines hold the body from now on.
 void TMailPart::UseLines() noexcept {
+  KeepReadBody();
   body_ = TBodyState::kLines;
   textBlock_ = {};
   text_ = {};
@@ -199,7 +211,9 @@ void TMailPart::UseLines() noexcept {
 
 // The text holds the body from now on, in place of the lines; those must be empty.
 void TMailPart::UseText(TTextBlock block, std::string_view text) {
+  KeepReadBody();
   body_ = TBodyState::kText;
+  isFromFile_ = false;
   textBlock_ = std::move(block);
   text_ = text;
   if (lines_) SplitText();
@@ -227,30 +241,83 @@ void TMailPart::SetBody(const TStringList& lines) {
   SetModified(true);
 }
 
-void TMailPart::LoadBody() {
-  if (body_ != TBodyState::kDeferred || !mail_) return;
-  Lines().Clear();
-  if (!platform::FileExists(mail_->GetMailFileName())) return;
-  if (bodyEnd_ > bodyStart_) ReadDeferred();
-  UseLines();  // only now: a body that could not be read is not an empty one
+std::shared_ptr<TStringList> TMailPart::ShareBody() {
+  const bool isReadBack = ReadBack();
+  if (body_ == TBodyState::kText) {
+    if (isReadBack) bodyHash_ = HashOf(text_);
+    SplitText();
+  }
+  if (isReadBack) mail_->readBack_ = this;
+  Lines();
+  return lines_;
 }
 
+void TMailPart::DropBody() {
+  if (lines_) lines_->Clear();
+  UseLines();
+}
+
+void TMailPart::LoadBody() {
+  KeepReadBody();
+  if (body_ != TBodyState::kDeferred || !mail_) return;
+  if (lines_) lines_->Clear();
+  if (!platform::FileExists(mail_->GetMailFileName())) {
+    if (bodyHash_ != 0) throw EError("The file of the mail is gone.");
+    return;
+  }
+  if (bodyEnd_ > bodyStart_) {
+    ReadDeferred();
+  } else {
+    UseLines();
+  }
+}
+
+// A body that could not be read stays deferred: it is not an empty one.
 void TMailPart::ReadDeferred() {
   TFileStream file(mail_->GetMailFileName(), platform::TOpenMode::kReadShared);
   file.SetPosition(bodyStart_);
-  const uint64_t size = bodyEnd_ - bodyStart_;
-  if (FitsIntoMemory(size)) {
-    TTextBlock block(static_cast<size_t>(size));
-    const size_t got = file.Read(block.Data(), block.Size());
-    if (got == block.Size()) {
-      lines_->SetText(std::move(block));
-    } else {
-      lines_->SetText(block.View().substr(0, got));
-    }
+  TTextBlock block(static_cast<size_t>(bodyEnd_ - bodyStart_));
+  const std::string_view text = block.View().substr(0, file.Read(block.Data(), block.Size()));
+  if (bodyHash_ != 0 && bodyHash_ != HashOf(text)) {
+    throw EError("The file of the mail was changed while it was read.");
+  }
+  if (FitsIntoMemory(block.Size()) && HasLoneCr(text)) {
+    Lines().SetText(text);
+    UseLines();
+  } else {
+    UseText(std::move(block), text);
+    isFromFile_ = body_ == TBodyState::kText;
+  }
+}
+
+// Loads a deferred body that need not stay; whether it is one.
+bool TMailPart::ReadBack() {
+  if (!mail_ || (body_ != TBodyState::kDeferred && mail_->readBack_ != this)) return false;
+  if (mail_->readBack_ == this) return true;
+  mail_->ReleaseBody();
+  LoadBody();
+  const bool isRead = body_ != TBodyState::kDeferred;
+  if (isRead) mail_->readBack_ = this;
+  return isRead;
+}
+
+// Back to where it can be read again. Text that was split has its hash already.
+void TMailPart::LetBodyGo() noexcept {
+  if (body_ == TBodyState::kText && isFromFile_) {
+    bodyHash_ = HashOf(text_);
+  } else if (body_ != TBodyState::kLines || bodyHash_ == 0 || !lines_ || lines_.use_count() > 1 ||
+             lines_->WasChanged()) {
     return;
   }
-  TTextStreamer streamer(file, TStreamerMode::kRead);
-  while (streamer.GetPosition() < bodyEnd_ && !streamer.IsEof()) lines_->Add(streamer.ReadLn());
+  lines_.reset();
+  textBlock_ = {};
+  text_ = {};
+  body_ = TBodyState::kDeferred;
+}
+
+// The body stays in memory from now on: somebody may hold it, or it is about to be another one.
+void TMailPart::KeepReadBody() noexcept {
+  if (mail_ && mail_->readBack_ == this) mail_->readBack_ = nullptr;
 }
 
 // Clears the marks of this part and of all below it.

@@ -36,9 +36,10 @@ class EMailDecodeError : public EError {
 ///
 /// A body read from memory stays the slice of the text it was read from until somebody asks for its
 /// lines; a deferred one stays in the mail's file and is read when it is needed: whatever reads a
-/// body raises EPlatformError when the file cannot be read, and finds no lines when it is gone. An
-/// index outside the children raises EListError. Nothing here follows the nesting of the parts by
-/// recursion.
+/// body raises EPlatformError when the file cannot be read, and finds no lines when it is gone. The
+/// mail keeps one body at a time that was read for its content or for `ShareBody` alone; it is read
+/// again when it is needed again, with EError when it is not the same any more. An index outside
+/// the children raises EListError. Nothing here follows the nesting of the parts by recursion.
 class TMailPart {
  public:
   TMailPart(TMail* mail, TMailPart* parent) noexcept;
@@ -72,9 +73,14 @@ class TMailPart {
   /// the same address as long as the part lives.
   TStringList& GetBody();
   void SetBody(const TStringList& lines);
+  /// The same list as `GetBody`, for somebody who says when it is needed no more: a deferred body
+  /// that nobody holds or changed is not kept in memory for ever.
+  std::shared_ptr<TStringList> ShareBody();
   /// Whether the body is in memory.
   bool IsBodyResident() const noexcept { return body_ != TBodyState::kDeferred; }
   void LoadBody();
+  /// Makes the body empty, without reading it.
+  void DropBody();
 
   /// Own changes and those of the header, not those of the children.
   bool GetModified() const noexcept { return modified_ || header_.GetModified(); }
@@ -157,6 +163,9 @@ class TMailPart {
   TParts CopyChildren(TMailPart& source);
   void AssignOwn(TMailPart& source);
   TStringList& Lines();
+  bool ReadBack();
+  void LetBodyGo() noexcept;
+  void KeepReadBody() noexcept;
   void UseLines() noexcept;
   void UseText(TTextBlock block, std::string_view text);
   void SplitText();
@@ -175,16 +184,18 @@ class TMailPart {
 
   bool modified_ = false;
   TBodyState body_ = TBodyState::kLines;
+  bool isFromFile_ = false;  // kText: so lies the body in the mail's file
   TListing listing_ = TListing::kNone;
   bool changePending_ = false;  // noted for the part lists
   TMail* const mail_;
   TMailPart* const parent_;
   TPartHeader header_{*this};
-  std::unique_ptr<TStringList> lines_;  // made when needed, then kept: somebody may hold it
+  std::shared_ptr<TStringList> lines_;  // made when needed, then kept while somebody may hold it
   TTextBlock textBlock_;                // kText: holds text_
   std::string_view text_;               // kText: the body with its line ends
-  uint64_t bodyStart_ = 0;              // kDeferred: where it lies in the mail's file
+  uint64_t bodyStart_ = 0;              // where it lies in the mail's file
   uint64_t bodyEnd_ = 0;
+  size_t bodyHash_ = 0;   // of a body that was read and let go; 0: never
   uint64_t order_ = 0;    // position in the document as the part lists know it; 0: not listed
   size_t indexHint_ = 0;  // where the parent had it last
   TParts parts_;
