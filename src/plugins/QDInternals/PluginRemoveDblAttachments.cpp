@@ -1,7 +1,8 @@
 // Attachments fall into groups of copies. The groups are kept in a tree ordered by a hash of the
 // body first and by the body itself where hashes are the same, so that each body is read once as a
 // newcomer and compared in full only with what has its hash: also a sender who knows the hash does
-// not make it worse than n log n comparisons. The first attachment of a group stays. The others are
+// not make it worse than n log n comparisons. No more than two bodies are in memory at a time. The
+// first attachment of a group stays. The others are
 // deleted from the last one on, which keeps the places of those before them.
 #include "PluginRemoveDblAttachments.h"
 
@@ -9,7 +10,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <set>
+#include <string>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -38,6 +41,23 @@ int32_t CountBelow(const TRef<IMailPart>& part) {
     }
   }
   return listed;
+}
+
+// The body as it stands in the mail, which is less work than its list of lines.
+std::string ContentOf(IMailAttachment& attachment) {
+  std::string content(attachment.GetFileContent(nullptr), '\0');
+  attachment.GetFileContent(content.data());
+  return content;
+}
+
+// Every line followed by CR LF: the same when and only when all lines are.
+std::string LinesOf(IMailAttachment& attachment) {
+  const TEncodeType encoding = attachment.GetEncodeType();
+  if (encoding != eBase64 && encoding != eUUE) {  // whose lines the content joins
+    const std::string content = ContentOf(attachment);
+    if (!content.empty()) return content + "\r\n";
+  }
+  return attachment.GetBody()->GetText().Str();
 }
 
 // The attachments of a mail, put into groups of copies.
@@ -71,7 +91,6 @@ class TCopies {
  private:
   struct TKey {
     size_t hash;
-    int32_t lines;
     AnsiString contentType;
     AnsiString encoding;
     int32_t index;
@@ -81,27 +100,31 @@ class TCopies {
     TCopies& copies;
     bool operator()(const TKey& a, const TKey& b) const {
       const auto outside = [](const TKey& key) {
-        return std::tuple(key.hash, key.lines, key.contentType.View(), key.encoding.View());
+        return std::tuple(key.hash, key.contentType.View(), key.encoding.View());
       };
       if (outside(a) != outside(b)) return outside(a) < outside(b);
-      return a.index != b.index && copies.Body(a.index).View() < copies.Body(b.index).View();
+      return a.index != b.index && copies.IsBodyBefore(a.index, b.index);
     }
   };
 
-  // The body of the newcomer is kept, one that it is compared with is read again: two at a time are
-  // in memory.
-  AnsiString Body(int32_t index) const {
-    return index == newcomer_ ? body_ : mail_.GetAttachments(index)->GetBody()->GetText();
+  // Of the newcomer, which may be compared with several: read once.
+  std::string_view NewLines() {
+    if (!newLines_) newLines_ = LinesOf(*mail_.GetAttachments(newcomer_));
+    return *newLines_;
+  }
+  // Whether the body of one comes before that of the other; the newcomer is one of them.
+  bool IsBodyBefore(int32_t a, int32_t b) {
+    const std::string other = LinesOf(*mail_.GetAttachments(a == newcomer_ ? b : a));
+    return a == newcomer_ ? NewLines() < other : other < NewLines();
   }
 
   // The place of the first attachment of its group.
   size_t FindGroup(int32_t index) {
     const TRef<IMailAttachment> attachment = mail_.GetAttachments(index);
-    const TRef<IStringList> lines = attachment->GetBody();
     newcomer_ = index;
-    body_ = lines->GetText();
-    const TKey key{std::hash<std::string_view>()(body_), lines->GetCount(),
-                   attachment->GetContentType(), attachment->GetContentTransferEncoding(), index};
+    newLines_.reset();
+    const TKey key{std::hash<std::string>()(ContentOf(*attachment)), attachment->GetContentType(),
+                   attachment->GetContentTransferEncoding(), index};
     return static_cast<size_t>(groups_.insert(key).first->index);
   }
 
@@ -109,7 +132,7 @@ class TCopies {
 
   IMail& mail_;
   int32_t newcomer_ = -1;
-  AnsiString body_;
+  std::optional<std::string> newLines_;
   std::set<TKey, TOrder> groups_;
   std::vector<size_t> groupOf_;
   std::vector<std::vector<int32_t>> members_;  // by group
