@@ -5,6 +5,7 @@
 #include <MailRead.h>
 
 #include <algorithm>
+#include <new>
 #include <vector>
 
 #include "EngineFixture.h"
@@ -30,8 +31,8 @@ std::string MailOf(const std::string& parts) {
   return "Subject: s\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n" + parts + "--b--\r\n";
 }
 /// A mail in a mail; each with a boundary of its own, so that they need no encoding.
-std::string NestedMails(int depth) {
-  std::string mail = "Subject: innermost\r\n\r\nText\r\n";
+std::string NestedMails(int depth, const std::string& text = "Text") {
+  std::string mail = "Subject: innermost\r\n\r\n" + text + "\r\n";
   for (int i = 0; i < depth; ++i) {
     const std::string boundary = "b" + std::to_string(i);
     std::string parts = Eml("");
@@ -276,6 +277,26 @@ TEST_F(NestedScanTest, OpensAHundredLevels) {
     if (code == 0) {
       EXPECT_EQ(deepest_, 101);
     }
+  }
+}
+
+TEST_F(NestedScanTest, NeedsNoMoreRoomThanTenTimesTheMail) {
+  const std::string text((64 << 20) / 80, 'x');  // 80 of them fit
+  EXPECT_EQ(ScanText(NestedMails(70, text)), 0);
+  EXPECT_EQ(ScanText(NestedMails(90, text)), 1);
+  EXPECT_EQ(reason_, "Attachments nested in each other are too large to be opened: \"m.eml\"");
+  const std::string large((64 << 20) / 8, 'x');
+  EXPECT_EQ(ScanText(NestedMails(9, large)), 0);
+  EXPECT_EQ(ScanText(NestedMails(11, large)), 1);
+}
+
+TEST_F(NestedScanTest, ALackOfMemoryInsideHidesNoVirus) {
+  const std::vector<std::string> mails = {MailOf(Eml(NestedMails(1))),
+                                          MailOf(AttachedContainer(Container({{"a", "b"}})))};
+  for (const std::string& mail : mails) {
+    onFile_ = [](IQuardaInstance&, const std::string&) -> bool { throw std::bad_alloc(); };
+    EXPECT_EQ(ScanText(mail), 1);
+    EXPECT_EQ(reason_, "Not enough memory to check what is attached");
   }
 }
 

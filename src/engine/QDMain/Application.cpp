@@ -8,6 +8,7 @@
 #include <Utils.h>
 
 #include <algorithm>
+#include <new>
 #include <string>
 
 #include "PluginList.h"
@@ -19,28 +20,29 @@ namespace {
 constexpr const char* kSettingsName = "Quarda.ini";
 /// Names no file; an empty one would stand for the arguments of the process.
 constexpr const char* kNoCommandLine = "quarda";
+constexpr const char* kNoMemory = "Not enough memory to check what is attached";
 
 }  // namespace
 
 /// Keeps a scan among the running ones for a scope.
 class TQuardaApp::TRunningScan {
  public:
-  TRunningScan(TQuardaApp& app, TRef<IQuardaInstanceEx> scan) : app_(app), scan_(std::move(scan)) {
+  TRunningScan(TQuardaApp& app, TRef<TQuardaInstance> scan) : app_(app), scan_(std::move(scan)) {
     app_.instances_.push_back(scan_);
   }
   TRunningScan(const TRunningScan&) = delete;
   TRunningScan& operator=(const TRunningScan&) = delete;
   ~TRunningScan() {
-    std::erase_if(app_.instances_, [this](const TRef<IQuardaInstance>& running) {
+    std::erase_if(app_.instances_, [this](const TRef<TQuardaInstance>& running) {
       return running.Get() == scan_.Get();
     });
   }
 
-  IQuardaInstanceEx& Get() const { return *scan_; }
+  TQuardaInstance& Get() const { return *scan_; }
 
  private:
   TQuardaApp& app_;
-  TRef<IQuardaInstanceEx> scan_;
+  TRef<TQuardaInstance> scan_;
 };
 
 TQuardaApp::TQuardaApp(const TEngineEnvironment& environment) : environment_(environment) {}
@@ -65,10 +67,11 @@ TRef<IPluginList> TQuardaApp::GetPlugins() { return plugins_; }
 
 TRef<IQuardaInstance> TQuardaApp::GetInstances(int32_t index) {
   if (index < 0 || index >= GetInstanceCount()) RaiseListIndex(index);
-  return instances_[static_cast<size_t>(index)];
+  return TRef<IQuardaInstance>(instances_[static_cast<size_t>(index)]);
 }
 
 int32_t TQuardaApp::RunInstance(const AnsiString& commandLine) {
+  if (!instances_.empty()) instances_.back()->ReleaseMemory();
   const TRunningScan running(*this, MakeRef<TQuardaInstance>(commandLine, environment_));
   return Scan(running.Get());
 }
@@ -81,16 +84,32 @@ int32_t TQuardaApp::Scan(IQuardaInstanceEx& scan) {
     if (!scan.Execute()) exitCode = 1;
     if (exitCode != 0) redAlert = ReportVirus(scan, exitCode);
   } catch (...) {
-    LogException(nullptr);
-    if (exitCode != 0) {
-      scan.LogError(nullptr, "Force ExitCode from " + std::to_string(exitCode) + " to 0.");
-    }
-    exitCode = 0;
+    exitCode = ExitCodeAfterError(scan, exitCode);
   }
   scan.WriteStatistic(redAlert, exitCode);
   if (!(scan.GetGlobalData(kIgnoreResult) == "0")) exitCode = 0;
   scan.LogDebug(nullptr, "Quarda finished.");
   return exitCode;
+}
+
+/// To be called where an error was caught. No error blocks a mail, with one exception: the sender
+/// decides how much memory the mails inside a mail need, and could hide a virus behind too much.
+int32_t TQuardaApp::ExitCodeAfterError(IQuardaInstanceEx& scan, int32_t exitCode) {
+  LogException(nullptr);
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    if (instances_.size() > 1) {
+      scan.VirusReason(nullptr, kNoMemory);
+      for (const auto& running : instances_) running->SetGlobalData(kVirusReason, kNoMemory);
+      return 1;
+    }
+  } catch (...) {
+  }
+  if (exitCode != 0) {
+    scan.LogError(nullptr, "Force ExitCode from " + std::to_string(exitCode) + " to 0.");
+  }
+  return 0;
 }
 
 /// Tells of a virus mail; returns whether it raised a red alert.

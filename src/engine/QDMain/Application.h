@@ -10,6 +10,7 @@
 namespace quarda {
 
 class TPluginList;
+class TQuardaInstance;
 
 /// Created by RunCommandLine, which makes it the current application, starts it and closes it
 /// again.
@@ -36,12 +37,13 @@ class TQuardaApp : public TRefCounted<IQuardaApp> {
   class TRunningScan;
 
   int32_t Scan(IQuardaInstanceEx& scan);
+  int32_t ExitCodeAfterError(IQuardaInstanceEx& scan, int32_t exitCode);
   bool ReportVirus(IQuardaInstanceEx& scan, int32_t exitCode);
 
   TEngineEnvironment environment_;
   TRef<IConfig> config_;
   TRef<TPluginList> plugins_;
-  std::vector<TRef<IQuardaInstance>> instances_;  // oldest first
+  std::vector<TRef<TQuardaInstance>> instances_;  // oldest first
 };
 
 /// Serves one request: an application, one scan of the file that the command line names, the exit

@@ -12,6 +12,7 @@
 
 #include <chrono>
 #include <memory>
+#include <new>
 #include <thread>
 
 #include "Arguments.h"
@@ -99,6 +100,7 @@ TRef<IMail> TQuardaInstance::GetMail() {
   if (!pendingMail_.empty()) {
     mail_.Clear();
     mail_.KeepBodies = KeepsBodies();
+    mail_.Releasable = !IsSoleInstance();  // mails in mails in mails: their sizes add up
     if (platform::FileExists(pendingMail_)) mail_.LoadFromFile(pendingMail_);
     pendingMail_.clear();
   }
@@ -153,6 +155,8 @@ TRef<IMail> TQuardaInstance::LoadMailFromFile(const AnsiString& fileName) {
     auto mail = std::make_unique<TMail>();
     mail->LoadFromFile(fileName);
     return MailAdapterOwned(std::move(mail));
+  } catch (const std::bad_alloc&) {
+    throw;                           // says nothing about the mail
   } catch (const std::exception&) {  // null tells the caller
     return {};
   }
@@ -238,6 +242,9 @@ bool TQuardaInstance::ExecutePlugins(IPluginList& plugins, const TInactive& inac
     if (!plugin) continue;
     try {
       result = plugin->Execute(this);
+    } catch (const std::bad_alloc&) {
+      LogException(plugin.Get());
+      if (!IsSoleInstance()) throw;
     } catch (...) {
       LogException(plugin.Get());
     }

@@ -49,6 +49,9 @@ class TQuardaInstance : public TRefCounted<IQuardaInstanceEx, IQuardaInstance> {
   bool QDCALL AddRedAlertFile() override;
   void QDCALL WriteStatistic(bool redAlert, int32_t exitCode) override;
 
+  /// Gives up what can be read again from the mail's file: a scan inside this one needs the memory.
+  void ReleaseMemory() { mail_.ReleaseBodies(); }
+
  private:
   /// Which plug-ins of the list take no part in this scan, by index.
   using TInactive = std::vector<bool>;

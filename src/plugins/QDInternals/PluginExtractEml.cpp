@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -31,10 +32,17 @@ constexpr std::string_view kBadContainer = "Error extracting ms-tnef attachment:
 constexpr std::string_view kNestedError = "ERROR: Exception %s: %s";
 constexpr std::string_view kTooDeep =
     "Attachments nested more than 100 deep are not opened: \"%s\"";
+constexpr std::string_view kTooLarge =
+    "Attachments nested in each other are too large to be opened: \"%s\"";
+constexpr std::string_view kNoMemory = "Not enough memory to open the attachment: \"%s\"";
 constexpr std::string_view kPassed = "passed";
 
 constexpr int32_t kDeepestNesting = 100;
 constexpr size_t kLongestExtension = 32;
+/// How much the mails that are open inside each other may take together: so many times the size of
+/// the outermost mail, though always this much.
+constexpr uint64_t kMostTimesTheMail = 10;
+constexpr uint64_t kAlwaysAllowed = 64 << 20;
 
 TMemoryStream DecodedContentOf(IMailPart& part) {
   TTextBlock block(part.DecodedContent(nullptr));
@@ -42,6 +50,15 @@ TMemoryStream DecodedContentOf(IMailPart& part) {
   TMemoryStream content(std::move(block));
   content.SetSize(size);
   return content;
+}
+
+bool IsTooLarge(IQuardaInstance& instance, uint64_t size) {
+  const TRef<IQuardaApp> app = instance.GetApp();
+  const auto sizeOf = [&](int32_t scan) -> uint64_t {
+    return static_cast<uint32_t>(app->GetInstances(scan)->GetArguments()->GetFileSize());
+  };
+  for (int32_t i = app->GetInstanceCount() - 1; i > 0; --i) size += sizeOf(i);
+  return size > kAlwaysAllowed && size / kMostTimesTheMail > sizeOf(0);
 }
 
 std::string TempPath(IQuardaInstance& instance, std::string_view name) {
@@ -159,6 +176,7 @@ bool TPluginExtractEml::DoExecute(IQuardaInstance& instance) {
       if (!CheckAttachment(instance, *mail->GetAttachments(i))) return false;
     } catch (...) {
       LogException(this);
+      if (RefuseIfOutOfMemory(instance, mail->GetMailFileName())) return false;
     }
   }
   instance.LogOK(this, kPassed);
@@ -198,12 +216,15 @@ bool TPluginExtractEml::CheckContainer(IQuardaInstance& instance, IMailAttachmen
   try {
     return !ScanContainer(instance, std::move(content));
   } catch (...) {
-    return true;  // what cannot be written out is left to the checks of the mail itself
+    // What cannot be written out is left to the checks of the mail itself.
+    return !RefuseIfOutOfMemory(instance, name);
   }
 }
 
 bool TPluginExtractEml::ScanMail(IQuardaInstance& instance, IMailAttachment& attachment,
                                  TMemoryStream content) {
+  const AnsiString name = attachment.GetFileName();
+  if (IsTooLarge(instance, content.Size())) return Refuse(instance, kTooLarge, name);
   bool virus = false;
   // What cannot be written out is left to the checks of the mail itself, silently.
   try {
@@ -215,9 +236,11 @@ bool TPluginExtractEml::ScanMail(IQuardaInstance& instance, IMailAttachment& att
       virus = ScanMailFile(instance, mail);
     } catch (...) {
       // The change is taken over all the same.
+      virus = RefuseIfOutOfMemory(instance, name);
     }
     TakeOverChange(instance, mail);
   } catch (...) {
+    virus |= RefuseIfOutOfMemory(instance, name);
   }
   return virus;
 }
@@ -247,12 +270,14 @@ bool TPluginExtractEml::ScanAttachmentsOf(IQuardaInstance& instance, const std::
   for (int32_t i = 0; i < count; ++i) {
     try {
       const TRef<IMailAttachment> attachment = mail->GetAttachments(i);
-      const TMemoryStream content = DecodedContentOf(*attachment);
+      TMemoryStream content = DecodedContentOf(*attachment);
       if (content.Size() == 0) continue;
       const TTempFile file(InnerFileNames(instance, attachment->GetFileName()), content.View());
+      content = TMemoryStream();
       if (ScanFile(instance, file.Path())) return true;
     } catch (...) {
       LogException(this);
+      if (RefuseIfOutOfMemory(instance, mailFile)) return true;
     }
   }
   return false;
@@ -262,6 +287,8 @@ bool TPluginExtractEml::ScanContainer(IQuardaInstance& instance, TMemoryStream c
   TTnef container;
   try {
     container.LoadFromStream(content);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (...) {
     instance.LogWarn(this, FillIn(kBadContainer, {DescribeCurrentError().message}));
     return false;
@@ -278,8 +305,7 @@ bool TPluginExtractEml::ScanContainer(IQuardaInstance& instance, TMemoryStream c
 bool TPluginExtractEml::ScanFile(IQuardaInstance& instance, const std::string& path) {
   const TRef<IQuardaApp> app = instance.GetApp();
   if (app->GetInstanceCount() > kDeepestNesting) {
-    RefuseDepth(instance, path);
-    return true;
+    return Refuse(instance, kTooDeep, ExtractFileName(path));
   }
   const AnsiString program = instance.GetArguments()->GetArguments(0);
   try {
@@ -287,17 +313,32 @@ bool TPluginExtractEml::ScanFile(IQuardaInstance& instance, const std::string& p
   } catch (...) {
     const TErrorDescription error = DescribeCurrentError();
     instance.LogError(this, FillIn(kNestedError, {error.className, error.message}));
-    return false;
+    return RefuseIfOutOfMemory(instance, ExtractFileName(path));
   }
 }
 
-// The scans around this one learn no more than that it failed, so they are told.
-void TPluginExtractEml::RefuseDepth(IQuardaInstance& instance, const std::string& path) {
-  const std::string reason = FillIn(kTooDeep, {ExtractFileName(path)});
-  instance.VirusReason(this, reason);
+// Always true: a virus. The scans around this one learn no more than that it failed, so they are
+// told.
+bool TPluginExtractEml::Refuse(IQuardaInstance& instance, std::string_view reason,
+                               std::string_view name) {
+  const std::string text = FillIn(reason, {name});
+  instance.VirusReason(this, text);
   const TRef<IQuardaApp> app = instance.GetApp();
   const int32_t count = app->GetInstanceCount();
-  for (int32_t i = 0; i < count; ++i) app->GetInstances(i)->SetGlobalData(kVirusReason, reason);
+  for (int32_t i = 0; i < count; ++i) app->GetInstances(i)->SetGlobalData(kVirusReason, text);
+  return true;
+}
+
+// To be called where an error was caught. How much memory is needed is up to the sender, who must
+// not get a virus through by asking for too much.
+bool TPluginExtractEml::RefuseIfOutOfMemory(IQuardaInstance& instance, std::string_view name) {
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    return Refuse(instance, kNoMemory, name);
+  } catch (...) {
+    return false;
+  }
 }
 
 }  // namespace quarda

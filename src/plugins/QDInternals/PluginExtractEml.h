@@ -13,8 +13,9 @@ class TNestedMail;
 /// Every embedded mail, and every file in it or in a container, gets a scan of its own in this
 /// process. What such a scan changes in an embedded mail goes back into the attachment.
 ///
-/// Nested scans go at most 100 deep. What lies deeper is not opened: the mail is refused, and every
-/// scan around it names that as its reason.
+/// Nested scans go at most 100 deep, and the mails open inside each other take at most 64 MB, or
+/// ten times the size of the outermost. What lies deeper, is larger, or finds no memory is not
+/// opened: the mail is refused, and every scan around it names that as its reason.
 class TPluginExtractEml final : public TPlugin {
  public:
   TPluginExtractEml() : TPlugin("ExtractEml", 1, 0) {}
@@ -37,7 +38,8 @@ class TPluginExtractEml final : public TPlugin {
   bool ScanFile(IQuardaInstance& instance, const std::string& path);
 
   void TakeOverChange(IQuardaInstance& instance, TNestedMail& mail);
-  void RefuseDepth(IQuardaInstance& instance, const std::string& path);
+  bool Refuse(IQuardaInstance& instance, std::string_view reason, std::string_view name);
+  bool RefuseIfOutOfMemory(IQuardaInstance& instance, std::string_view name);
 };
 
 }  // namespace quarda
