@@ -106,7 +106,7 @@ size_t TFile::Read(void* buffer, size_t size) {
 }
 
 void TFile::Write(const void* data, size_t size) {
-  if (WriteAll(static_cast<int>(handle_), data, size) != 0) Raise(path_);
+  if (WriteOrTakeBack(static_cast<int>(handle_), data, size) != 0) Raise(path_);
 }
 
 void TFile::Seek(uint64_t offset) {

@@ -17,6 +17,27 @@ auto Repeat(Call&& call) noexcept {
   return result;
 }
 
+/// How much could be written; the error tells why that is not all.
+size_t WritePart(int file, const void* data, size_t size) noexcept {
+  const char* rest = static_cast<const char*>(data);
+  size_t done = 0;
+  while (done < size) {
+    const ssize_t written = WriteSome(file, rest + done, size - done);
+    if (written < 0) break;
+    done += static_cast<size_t>(written);
+  }
+  return done;
+}
+
+/// Cuts off the last bytes of the file when this descriptor has written them.
+void TakeBack(int file, size_t size) noexcept {
+  const off_t end = ::lseek(file, 0, SEEK_CUR);
+  struct stat info;
+  if (StatOpenFile(file, info) == 0 && info.st_size == end) {
+    ResizeFile(file, static_cast<uint64_t>(end) - size);
+  }
+}
+
 }  // namespace
 
 int OpenFile(const std::string& path, int flags, mode_t mode) noexcept {
@@ -42,14 +63,16 @@ ssize_t WriteSome(int file, const void* data, size_t size) noexcept {
 }
 
 int WriteAll(int file, const void* data, size_t size) noexcept {
-  const char* rest = static_cast<const char*>(data);
-  while (size > 0) {
-    const ssize_t written = WriteSome(file, rest, size);
-    if (written < 0) return -1;
-    rest += written;
-    size -= static_cast<size_t>(written);
-  }
-  return 0;
+  return WritePart(file, data, size) == size ? 0 : -1;
+}
+
+int WriteOrTakeBack(int file, const void* data, size_t size) noexcept {
+  const size_t written = WritePart(file, data, size);
+  if (written == size) return 0;
+  const int code = errno;
+  if (written > 0 && (::fcntl(file, F_GETFL) & O_APPEND) != 0) TakeBack(file, written);
+  errno = code;
+  return -1;
 }
 
 int SeekFile(int file, uint64_t offset) noexcept {

@@ -4,6 +4,8 @@
 #include <Console.h>
 #include <PlatformError.h>
 #include <fcntl.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
@@ -200,6 +202,24 @@ TEST_F(PosixFiles, OldTemporariesDisappear) {
   for (int i = 0; i < 5000 && FileExists(Path(stale)); ++i) ReplaceFileContent(Path("a"), "x");
   EXPECT_FALSE(FileExists(Path(stale)));  // each replacement fails to look with 63 of 64
   EXPECT_EQ(CountFiles(), 3u);
+}
+
+TEST_F(PosixFiles, NoPartOfAnEntryStays) {
+  Put("log", "old\n");
+  SetMode("log", 0666);
+  EXPECT_TRUE(PassesUnprivileged([&] {
+    constexpr rlimit kSmall = {6, 6};
+    ::signal(SIGXFSZ, SIG_IGN);
+    TFile file(Path("log"), TOpenMode::kAppend);
+    if (::setrlimit(RLIMIT_FSIZE, &kSmall) != 0) return false;
+    try {
+      file.Write("entry\n", 6);
+    } catch (const EPlatformError& error) {
+      return error.Code() == EFBIG;
+    }
+    return false;
+  }));
+  EXPECT_EQ(Content("log"), "old\n");
 }
 
 TEST_F(PosixFiles, HiddenOnesBeginWithADot) {
