@@ -172,9 +172,11 @@ TEST_F(LostFilesTest, AttachedMailsAreScannedWhateverBecomesOfTheMailType) {
   }
 }
 
-// Takes the name for another engine as soon as nobody has it any more.
-void TakeNameWhenFree(const std::string& path) {
+// Takes the name for another engine as soon as nobody has it any more. Closes the pipe when
+// somebody has it.
+void TakeNameWhenFree(const std::string& path, int pipe) {
   while (!platform::FileExists(path)) ::usleep(10);
+  ::close(pipe);
   while (true) {
     try {
       platform::TFile(path, platform::TOpenMode::kCreateNew).Write("another's", 9);
@@ -189,13 +191,18 @@ TEST_F(LostFilesTest, AnAttachedMailKeepsItsNameWhileItIsScanned) {
   const std::string name = BasePath("Temp\\In_00001.inp");
   const std::string text = MailWith({"Subject: s\r\n\r\n"});
   const std::string mail = Mail("in_1.inp", text);
+  int pipe[2];
+  ASSERT_EQ(::pipe(pipe), 0);
   const pid_t other = ::fork();
   if (other == 0) {
     ::alarm(30);
-    TakeNameWhenFree(name);
+    TakeNameWhenFree(name, pipe[1]);
     ::_exit(0);
   }
+  ::close(pipe[1]);
   Plugin("Slow").execute = [&](IQuardaInstance& scan) {
+    char none;
+    EXPECT_EQ(::read(pipe[0], &none, 1), 0);  // however late the other process is
     ::usleep(2000);
     const std::string content = Read(scan.GetArguments()->GetFilename().Str());
     return content.starts_with("Subject: s\r\n");
@@ -210,6 +217,7 @@ TEST_F(LostFilesTest, AnAttachedMailKeepsItsNameWhileItIsScanned) {
   EXPECT_EQ(::waitpid(other, &status, 0), other);
   EXPECT_EQ(status, 0);
   EXPECT_EQ(Read(name), "another's");
+  ::close(pipe[0]);
 }
 
 }  // namespace
