@@ -73,21 +73,95 @@ bool GoesOnWith(std::string_view text, size_t at, std::string_view small) {
                             [](char c, char other) { return platform::LowerAnsi(c) == other; });
 }
 
-// Walks through the start tags of the given elements, whose names differ in the first letter, and
-// builds the changed page. Borrows the page, which is smaller than 4 GB.
+// The rest of a tag behind its name. A slash there counts to the name.
+inline std::string_view AttributesBehind(std::string_view html, size_t nameEnd, size_t tagEnd) {
+  std::string_view rest = html.substr(nameEnd, tagEnd - nameEnd);
+  if (rest.ends_with('>')) rest.remove_suffix(1);
+  if (rest.starts_with('/')) rest.remove_prefix(1);
+  return rest;
+}
+
+using TElements = std::vector<const TElement*>;
+
+// Finds and pairs the tags of the given elements, whose names differ in the first letter.
+class TTagFinder {
+ public:
+  TTagFinder(std::string_view html, const TElements& elements)
+      : html_(html), open_(elements.size(), 0) {
+    for (const TElement* element : elements) {
+      letters_.push_back(SmallLetters(element->name.data()));
+      const char first = element->name.front();
+      for (const char c : {first, platform::UpperAnsi(first)}) {
+        byLetter_[static_cast<unsigned char>(c)] = static_cast<uint8_t>(letters_.size());
+      }
+    }
+  }
+
+  // In their order, from 1.
+  std::vector<TWantedTag> Find() {
+    const TStringSource source(html_);
+    size_t noMark = kNowhere;
+    TTagScan scan(source, noMark);
+    for (size_t at = 0; (at = scan.FindStart(at)) != kNowhere;) {
+      const bool closes = CharAt(at + 1) == '/';
+      const size_t nameStart = at + (closes ? 2 : 1);
+      const size_t nameEnd = nameStart + kNameSize;
+      const uint8_t element = ElementAt(nameStart);
+      // The name is known before the end of the tag, which is then often the next character.
+      const bool endsNext = element != 0 && CharAt(nameEnd) == '>';
+      const size_t end = endsNext ? nameEnd + 1 : scan.TagAt(at).end;
+      if (endsNext || (element != 0 && IsNameEnd(nameEnd, end))) {
+        Add({.start = static_cast<uint32_t>(at),
+             .end = static_cast<uint32_t>(end),
+             .element = static_cast<uint8_t>(element - 1),
+             .closes = closes});
+      }
+      at = end;
+    }
+    return std::move(tags_);
+  }
+
+ private:
+  char CharAt(size_t at) const noexcept { return at < html_.size() ? html_[at] : '\0'; }
+
+  // The element, from 1, whose name stands there; 0 for none.
+  uint8_t ElementAt(size_t at) const noexcept {
+    const uint8_t element = byLetter_[static_cast<unsigned char>(CharAt(at))];
+    const bool isWhole = element != 0 && html_.size() - at >= kNameSize &&
+                         SmallLetters(&html_[at]) == letters_[element - 1];
+    return isWhole ? element : uint8_t{0};
+  }
+
+  bool IsNameEnd(size_t nameEnd, size_t tagEnd) const {
+    const std::string_view rest = AttributesBehind(html_, nameEnd, tagEnd);
+    return rest.empty() || EndsTagName(rest.front());
+  }
+
+  // A closing tag belongs to the last start tag of its name that is still open.
+  void Add(TWantedTag tag) {
+    const auto added = static_cast<uint32_t>(tags_.size());
+    uint32_t& open = open_[tag.element];
+    if (!tag.closes) {
+      tag.partner = std::exchange(open, added);
+    } else if (open != 0) {
+      open = std::exchange(tags_[open].partner, added);
+    }
+    tags_.push_back(tag);
+  }
+
+  const std::string_view html_;
+  std::vector<uint64_t> letters_;        // of the names
+  std::array<uint8_t, 256> byLetter_{};  // elements, from 1, by the first letter of the name
+  std::vector<uint32_t> open_;  // for each element: the last start tag that nothing closed so far
+  std::vector<TWantedTag> tags_ = std::vector<TWantedTag>(1);  // 0 is none
+};
+
+// Walks through the start tags of the given elements and builds the changed page. Borrows the page,
+// which is smaller than 4 GB.
 class TPageWalk {
  public:
-  TPageWalk(std::string_view html, std::vector<const TElement*> elements)
-      : html_(html), elements_(std::move(elements)), open_(elements_.size(), 0) {
-    for (size_t i = 0; i < elements_.size(); ++i) {
-      const char letter = elements_[i]->name.front();
-      for (const char c : {letter, platform::UpperAnsi(letter)}) {
-        byLetter_[static_cast<unsigned char>(c)] = static_cast<uint8_t>(i + 1);
-      }
-      letters_.push_back(SmallLetters(elements_[i]->name.data()));
-    }
-    FindTags();
-  }
+  TPageWalk(std::string_view html, TElements elements)
+      : html_(html), elements_(std::move(elements)), tags_(TTagFinder(html, elements_).Find()) {}
 
   // Goes to the next start tag that is still there.
   bool Next() {
@@ -106,7 +180,7 @@ class TPageWalk {
   const TElement& Element() const { return *elements_[tags_[at_].element]; }
   std::string_view Attributes() const {
     const TWantedTag& tag = tags_[at_];
-    return AttributesBehind(tag.start + 1 + kNameSize, tag.end);
+    return AttributesBehind(html_, tag.start + 1 + kNameSize, tag.end);
   }
   bool IsClosed() const { return tags_[at_].partner > at_; }
 
@@ -170,63 +244,13 @@ class TPageWalk {
   }
 
  private:
-  // The rest of a tag behind its name. A slash there counts to the name.
-  std::string_view AttributesBehind(size_t nameEnd, size_t tagEnd) const {
-    std::string_view rest = html_.substr(nameEnd, tagEnd - nameEnd);
-    if (rest.ends_with('>')) rest.remove_suffix(1);
-    if (rest.starts_with('/')) rest.remove_prefix(1);
-    return rest;
-  }
-
-  void FindTags() {
-    const TStringSource source(html_);
-    size_t noMark = kNowhere;
-    TTagScan scan(source, noMark);
-    for (size_t at = 0; (at = scan.FindStart(at)) != kNowhere;) {
-      const bool closes = CharAt(at + 1) == '/';
-      const size_t nameStart = at + (closes ? 2 : 1);
-      const uint8_t number = byLetter_[static_cast<unsigned char>(CharAt(nameStart))];
-      const bool isWanted = number != 0 && html_.size() - nameStart >= kNameSize &&
-                            SmallLetters(&html_[nameStart]) == letters_[number - 1];
-      const size_t nameEnd = nameStart + kNameSize;
-      size_t end = nameEnd + 1;
-      if (!isWanted || CharAt(nameEnd) != '>') end = scan.TagAt(at).end;
-      if (isWanted && IsNameEnd(nameEnd, end)) {
-        Add({.start = static_cast<uint32_t>(at),
-             .end = static_cast<uint32_t>(end),
-             .element = static_cast<uint8_t>(number - 1),
-             .closes = closes});
-      }
-      at = end;
-    }
-  }
-
-  bool IsNameEnd(size_t nameEnd, size_t tagEnd) const {
-    const std::string_view rest = AttributesBehind(nameEnd, tagEnd);
-    return rest.empty() || EndsTagName(rest.front());
-  }
-
-  // A closing tag belongs to the last start tag of its name that is still open.
-  void Add(TWantedTag tag) {
-    const auto added = static_cast<uint32_t>(tags_.size());
-    uint32_t& open = open_[tag.element];
-    if (!tag.closes) {
-      tag.partner = std::exchange(open, added);
-    } else if (open != 0) {
-      open = std::exchange(tags_[open].partner, added);
-    }
-    tags_.push_back(tag);
-  }
-
-  char CharAt(size_t at) const noexcept { return at < html_.size() ? html_[at] : '\0'; }
-
   size_t EndOfElement() const {
     return IsClosed() ? tags_[tags_[at_].partner].end : tags_[at_].end;
   }
 
   // Copies what stands in front of the current tag.
   void StartReplacing() {
-    if (changed_.empty()) changed_.reserve(html_.size());
+    if (!modified_) changed_.reserve(html_.size());
     const size_t start = tags_[at_].start;
     if (start > done_) changed_.append(html_.substr(done_, start - done_));
     done_ = start;
@@ -242,11 +266,8 @@ class TPageWalk {
   }
 
   const std::string_view html_;
-  const std::vector<const TElement*> elements_;
-  std::vector<uint64_t> letters_;        // of the names
-  std::array<uint8_t, 256> byLetter_{};  // elements from 1, by the first letter of the name
-  std::vector<uint32_t> open_;  // for each element: the last start tag that nothing closed so far
-  std::vector<TWantedTag> tags_ = std::vector<TWantedTag>(1);  // from 1, so that 0 is none
+  const TElements elements_;
+  std::vector<TWantedTag> tags_;
   uint32_t at_ = 0;
   size_t passedUpTo_ = 0;
   std::string changed_;
@@ -254,8 +275,8 @@ class TPageWalk {
   bool modified_ = false;
 };
 
-std::vector<const TElement*> ElementsFor(const THtmlRules& rules) {
-  std::vector<const TElement*> elements;
+TElements ElementsFor(const THtmlRules& rules) {
+  TElements elements;
   if (rules.disableActiveX) elements.push_back(&kObject);
   if (rules.disableScripts) elements.push_back(&kScript);
   return elements;
