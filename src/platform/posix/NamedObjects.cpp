@@ -171,8 +171,10 @@ struct TNamedMutex::TState {
   TState(std::string_view given, const TRuntimeLock& lock)
       : name(given), file(lock, given, ".mutex", true) {
     constexpr size_t kSize = sizeof(pthread_mutex_t);
-    if (!file.Existed() && SizeOf(file, name) != kSize) MakeRoom(file, name, kSize);
-    if (SizeOf(file, name) != kSize) Raise(name, EINVAL);
+    if (SizeOf(file, name) != kSize) {
+      if (file.Existed()) Raise(name, EINVAL);
+      MakeRoom(file, name, kSize);
+    }
     view.emplace(file, name, kSize, PROT_READ | PROT_WRITE, MAP_SHARED);
     if (!file.Existed()) {
       if (const int code = InitMutex(Mutex())) Raise(name, code);
