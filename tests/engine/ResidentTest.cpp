@@ -106,7 +106,12 @@ TEST_F(Resident, ServesOnlyThoseWhoHoldTheMutex) {
     std::thread([&] { EXPECT_EQ(window_.ServeRequest(1), kRequestRefused); }).join();
   });
   holder.join();
+  // Nothing is scanned for one who died while he had the mutex.
+  platform::TNamedMutex abandoned(kRequestMutexName);
+  std::thread([&] { abandoned.Wait(0); }).join();
+  EXPECT_EQ(window_.ServeRequest(0), kRequestRefused);
   EXPECT_EQ(record_.RequestCount, 3);
+  EXPECT_EQ(window_.ServeRequest(0), 1);
 }
 
 }  // namespace

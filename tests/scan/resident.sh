@@ -97,6 +97,35 @@ wait "$engine" 2>/dev/null || true
 request 1 '' prize
 start_engine
 request 1 1 prize
+# A client killed in the middle of its scan leaves the engine as it was, and an engine killed there
+# leaves the scan to the client.
+cat >"$work/scanner" <<'SCANNER'
+#!/bin/sh
+[ -e "$0.slow" ] || exit 1
+rm "$0.slow"
+echo >"$0.started"
+sleep 0.5
+SCANNER
+chmod +x "$work/scanner"
+printf "$settings[VirusScan]\nMailScan=$work/scanner\n" >"$base/Quarda.ini"
+start_slow_scan() {
+  touch "$work/scanner.slow"
+  rm -f "$work/scanner.started"
+  "$base/quarda-request" "in_1 a.inp" </dev/null & client=$!
+  until_true test -e "$work/scanner.started" || fail "no scan for $1"
+}
+start_slow_scan "a client that is killed"
+{ kill -9 $client && wait $client; } 2>/dev/null || true
+request 1 3 "the next one"
+start_slow_scan "an engine that is killed"
+{ kill -9 "$engine" && wait "$engine"; } 2>/dev/null || true
+result=0
+wait $client || result=$?
+[[ $result == 1 ]] || fail "the engine was killed in a scan, and the verdict is $result"
+printf "$settings[Virus Subjects]\nprize\n" >"$base/Quarda.ini"
+start_engine
+request 1 1 prize
+
 # Whoever keeps the others out for good holds up no mail.
 flock -o "$objects" sleep 4 & keeper=$!
 until_true is_locked

@@ -4,6 +4,7 @@
 #include <PlatformError.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -86,6 +87,38 @@ TEST_F(RuntimeFolder, WindowCutsOffThoseWhoSayNothing) {
   EXPECT_EQ(::recv(silent.front(), &byte, 1, MSG_DONTWAIT), 0) << "the oldest is cut off";
   EXPECT_EQ(::recv(silent.back(), &byte, 1, MSG_DONTWAIT), -1) << "the latest may still speak";
   for (const int connection : silent) ::close(connection);
+}
+
+TEST_F(RuntimeFolder, WindowTurnsStrangersAway) {
+  if (::geteuid() != 0) GTEST_SKIP() << "nobody else can be tried";
+  pid_t stranger = 0;
+  int status = -1;
+  TMessageWindow window("c", "t", [&](TMessageWindow& self, uint32_t message) {
+    EXPECT_NE(message, kUserMessage);
+    if (message == kTimerMessage && ::waitpid(stranger, &status, WNOHANG) == stranger) {
+      self.PostQuit();
+    }
+    return 0;
+  });
+  // As if the folder did not keep strangers out.
+  std::filesystem::permissions(Native(""), std::filesystem::perms::all);
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(Native(""))) {
+    std::filesystem::permissions(entry.path(), std::filesystem::perms::all);
+  }
+  std::filesystem::permissions(Native(name_), std::filesystem::perms::all);
+  stranger = ::fork();
+  if (stranger == 0) {
+    constexpr uid_t kNobody = 65534;
+    if (::setuid(kNobody) != 0) ::_exit(2);
+    const int connection = ConnectToWindow(Native(name_));
+    const uint32_t packet[] = {kUserMessage, 1};
+    int64_t reply = 0;
+    ::send(connection, packet, sizeof packet, MSG_NOSIGNAL);
+    ::_exit(connection >= 0 && ::recv(connection, &reply, sizeof reply, 0) <= 0 ? 0 : 1);
+  }
+  window.StartTimer(1);
+  window.Run();
+  EXPECT_EQ(status, 0);
 }
 
 TEST_F(RuntimeFolder, MayHaveAPathOfAnyLength) {
