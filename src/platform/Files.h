@@ -32,6 +32,8 @@ struct TFileRecord {
 bool FileExists(std::string_view path) noexcept;
 /// Whether the path names an existing folder.
 bool FolderExists(std::string_view path) noexcept;
+/// Whether anything has that name, in whatever letter case: also a link to nothing.
+bool NameExists(std::string_view path) noexcept;
 
 /// The first entry that matches; the last component may hold the wildcards `*` and `?`.
 std::optional<TFileRecord> FindFile(std::string_view pattern);
@@ -48,13 +50,14 @@ bool RemoveFile(std::string_view path) noexcept;
 bool RemoveExactFile(std::string_view path) noexcept;
 /// Renames within one volume, replacing nothing that the system would not replace.
 bool RenameFile(std::string_view from, std::string_view to) noexcept;
-/// Copies the content, overwriting an existing target. A failed copy leaves no target.
+/// Copies the content, overwriting an existing target, and the mode, as far as this user may make
+/// the target look like the source. A failed copy leaves no target.
 bool DuplicateFile(std::string_view from, std::string_view to) noexcept;
 /// Clears all attributes, so that a read-only file can be replaced.
 bool ClearAttributes(std::string_view path) noexcept;
 
 /// Forces the names that were made, changed and removed in the folder to the disk, where the system
-/// can do that.
+/// can do that. False when the disk refuses.
 bool FlushFolder(std::string_view path) noexcept;
 
 /// Last write as a packed DOS date and time in local time; nothing when the file does not exist.

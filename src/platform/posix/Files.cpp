@@ -136,9 +136,19 @@ bool CopyContent(int from, int to) {
   }
 }
 
+/// Whoever may read the source may read the copy: owner first, since the mode follows him.
+void CopyOwnerAndMode(const struct stat& info, int to) {
+  constexpr mode_t kPermissions = 0777;
+  if (ChangeOpenFileOwner(to, info.st_uid, info.st_gid) != 0) {
+    ChangeOpenFileOwner(to, static_cast<uid_t>(-1), info.st_gid);
+  }
+  ChangeOpenFileMode(to, info.st_mode & kPermissions);
+}
+
 bool CopyOpenFile(int from, TDescriptor& to, const struct stat& info) {
-  return ResizeFile(to.Get(), 0) == 0 && CopyContent(from, to.Get()) &&
-         SetOpenFileTime(to.Get(), info.st_mtim) == 0 && to.Close() == 0;
+  if (ResizeFile(to.Get(), 0) != 0 || !CopyContent(from, to.Get())) return false;
+  CopyOwnerAndMode(info, to.Get());
+  return SetOpenFileTime(to.Get(), info.st_mtim) == 0 && to.Close() == 0;
 }
 
 bool CopyFileTo(const std::string& source, const std::string& target) {
@@ -167,6 +177,13 @@ bool FolderExists(std::string_view path) noexcept {
   return OrElse(false, [&] {
     struct stat info;
     return Stat(path, info) && S_ISDIR(info.st_mode);
+  });
+}
+
+bool NameExists(std::string_view path) noexcept {
+  return OrElse(true, [&] {
+    struct stat info;
+    return OnExisting(path, [&](const std::string& native) { return StatLink(native, info); }) == 0;
   });
 }
 
@@ -240,7 +257,8 @@ bool FlushFolder(std::string_view path) noexcept {
   return OrElse(false, [&] {
     return OnExisting(path, [](const std::string& native) {
              const TDescriptor folder(OpenFile(native, O_RDONLY | O_DIRECTORY));
-             return folder ? FlushFile(folder.Get()) : -1;
+             if (!folder) return errno == EACCES ? 0 : -1;
+             return FlushFile(folder.Get()) == 0 || errno == EINVAL || errno == EROFS ? 0 : -1;
            }) == 0;
   });
 }

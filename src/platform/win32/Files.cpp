@@ -123,6 +123,10 @@ bool FolderExists(std::string_view path) noexcept {
   return OrElse(false, [&] { return IsFolder(AttributesOf(path)); });
 }
 
+bool NameExists(std::string_view path) noexcept {
+  return OrElse(true, [&] { return AttributesOf(path) != INVALID_FILE_ATTRIBUTES; });
+}
+
 std::optional<TFileRecord> FindFile(std::string_view pattern) {
   std::vector<TFileRecord> records = Search(pattern);
   if (records.empty()) return std::nullopt;
@@ -178,7 +182,11 @@ bool FlushFolder(std::string_view path) noexcept {
   return OrElse(false, [&] {
     const std::optional<std::string> name = SystemPath(path);
     const THandle folder = name ? OpenEntry(*name, GENERIC_WRITE) : THandle();
-    return folder && ::FlushFileBuffers(folder.Get()) != 0;
+    if (!folder) return ::GetLastError() == ERROR_ACCESS_DENIED;
+    if (::FlushFileBuffers(folder.Get()) != 0) return true;
+    const DWORD error = ::GetLastError();  // not every file system does that for a folder
+    return error == ERROR_ACCESS_DENIED || error == ERROR_INVALID_FUNCTION ||
+           error == ERROR_NOT_SUPPORTED || error == ERROR_INVALID_HANDLE;
   });
 }
 

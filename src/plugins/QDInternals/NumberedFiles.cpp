@@ -17,14 +17,12 @@ constexpr int kFailuresAllowed = 3;
 // What has the name where a copy grows.
 constexpr const char* kUnfinished = ".tmp";
 
-bool IsTaken(std::string_view path) { return platform::FindFile(path).has_value(); }
-
 // Stops at the name that the file cannot be given though nothing has it.
 std::optional<std::string> RenameToFreeName(std::string_view source, TNumberedNames& names) {
   for (; auto target = names.Next(); ++names.next) {
-    if (IsTaken(*target)) continue;
+    if (platform::NameExists(*target)) continue;
     if (platform::RenameFile(source, *target)) return target;
-    if (!IsTaken(*target)) break;  // else another process was faster
+    if (!platform::NameExists(*target)) break;  // else another process was faster
   }
   return std::nullopt;
 }
@@ -33,14 +31,24 @@ std::optional<std::string> RenameToFreeName(std::string_view source, TNumberedNa
   throw EError(FillIn("Cannot move \"%s\" to \"%s\".", {source, target}));
 }
 
+bool RemoveInAnyCase(const std::string& path) {
+  if (platform::RemoveFile(path)) return true;
+  platform::ClearAttributes(path);
+  return platform::RemoveFile(path);
+}
+
+// The original goes when the copy is on the disk; one that cannot go is not moved.
 std::optional<std::string> CopyToFreeName(std::string_view source, TNumberedNames& names) {
   TTempFile copy({names.prefix, names.digits, kUnfinished, 1, names.last}, {});
   if (!platform::DuplicateFile(source, copy.Path())) RaiseCannotMove(source, copy.Path());
+  platform::ClearAttributes(copy.Path());  // one that may not be written to cannot be flushed
+  platform::TFile(copy.Path(), platform::TOpenMode::kUpdate).Flush();
   auto target = copy.MoveTo(names);
   if (!target) return std::nullopt;
-  platform::ClearAttributes(source);
-  platform::RemoveFile(source);
-  return target;
+  const bool isFlushed = platform::FlushFolder(ExtractFileDir(*target));
+  if (isFlushed && RemoveInAnyCase(std::string(source))) return target;
+  RemoveInAnyCase(*target);
+  RaiseCannotMove(source, *target);
 }
 
 }  // namespace
@@ -60,7 +68,7 @@ TTempFile::TNewFile TTempFile::Create(TNumberedNames& names) {
     try {
       return {*path, platform::TFile(*path, platform::TOpenMode::kCreateNew)};
     } catch (const platform::EPlatformError&) {
-      if (!IsTaken(*path) && ++failures == kFailuresAllowed) throw;
+      if (!platform::NameExists(*path) && ++failures == kFailuresAllowed) throw;
     }
   }
   throw EError("No free number for a file \"" + names.prefix + "\".");
@@ -77,9 +85,7 @@ TTempFile::TTempFile(TNewFile file, std::string_view content) : TTempFile(file) 
 }
 
 TTempFile::~TTempFile() {
-  if (path_.empty() || platform::RemoveFile(path_)) return;
-  platform::ClearAttributes(path_);
-  platform::RemoveFile(path_);
+  if (!path_.empty()) RemoveInAnyCase(path_);
 }
 
 std::optional<std::string> TTempFile::MoveTo(TNumberedNames& names) {

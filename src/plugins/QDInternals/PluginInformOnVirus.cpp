@@ -31,6 +31,7 @@ constexpr std::string_view kNotRegistered =
     "Could not add mail to SQLite database. No user inform mail generated.";
 constexpr std::string_view kTooManyMails =
     "Too many mails in mail folder. No user inform mail generated.";
+constexpr std::string_view kCannotFlush = "The report \"%s\" cannot be written to the disk.";
 constexpr std::string_view kPassed = "passed";
 
 constexpr std::string_view kNoticeFile = "QDVirusMail.txt";
@@ -283,7 +284,10 @@ bool TPluginInformOnVirus::WriteReport(IQuardaInstance& instance, IMail& mail,
     instance.LogError(this, kTooManyMails);
     return false;
   }
-  platform::FlushFolder(adminDir);
+  if (!platform::FlushFolder(adminDir)) {
+    platform::RemoveFile(*mailFile);
+    throw EError(FillIn(kCannotFlush, {*mailFile}));
+  }
   if (AddMailFileToMailDb(instance, *mailFile, {})) return true;
   platform::RemoveFile(*mailFile);
   instance.LogError(this, kNotRegistered);

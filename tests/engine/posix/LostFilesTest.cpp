@@ -73,6 +73,7 @@ class LostFilesTest : public TEngineTest {
       Write(Path("mails\\") + name + ".vir", "quarantined " + name);
     }
     std::filesystem::permissions(Native() / "mails/1.vir", std::filesystem::perms::owner_read);
+    std::filesystem::permissions(Native() / "mails/2.vir", std::filesystem::perms{0640});
   }
   const std::string moved_ = "In_00001.mai:quarantined 1;In_00002.mai:quarantined 2;";
 
@@ -100,6 +101,8 @@ TEST_F(LostFilesTest, KilledWhileItEmptiesTheQuarantine) {
   }
   EXPECT_EQ(NamesIn(Path("mails\\*.vir")) + Account(), moved_);
   EXPECT_EQ(NamesIn(Path("mails\\z\\*.tmp")), "");
+  const auto mode = std::filesystem::status(Native() / "mails/z/In_00002.mai").permissions();
+  EXPECT_EQ(mode, std::filesystem::perms{0640}) << "who could read it still can";
 }
 
 TEST_F(LostFilesTest, OneFileThatStaysHoldsUpNoOther) {
@@ -111,6 +114,39 @@ TEST_F(LostFilesTest, OneFileThatStaysHoldsUpNoOther) {
   });
   Scan(mail);
   EXPECT_EQ(NamesIn(Path("mails\\*.vir")) + Account(), "1.vir In_00001.mai:quarantined 2;");
+}
+
+TEST_F(LostFilesTest, WhatCannotGoIsNotCopiedAgainAndAgain) {
+  Quarantine();
+  const std::string mail = Mail("mails\\out_1.inp");
+  int unlinks = 0;
+  const TFileFaults faults([&](std::string_view call) {
+    const bool isCopied = platform::FileExists(Path("mails\\z\\In_00001.mai"));
+    const bool isOriginal = call == "unlink"
+                                ? isCopied && ++unlinks % 3 != 0  // tried twice
+                                : !platform::FileExists(Path("mails\\z\\In_00001.tmp"));
+    return isOriginal && (call == "unlink" || call == "renameat2") ? EACCES : 0;
+  });
+  Scan(mail);
+  EXPECT_EQ(NamesIn(Path("mails\\*.vir")) + Account(), "1.vir 2.vir ");
+}
+
+// The report that is not on the disk must not be all that is left of the mail.
+TEST_F(LostFilesTest, AReportThatIsNotOnTheDiskReplacesNoMail) {
+  const std::string mail = Mail("mails\\in_1.inp", kVirus);
+  int flushes = 0;
+  const TFileFaults faults(
+      [&](std::string_view call) { return call == "fsync" && ++flushes == 2 ? EIO : 0; });
+  EXPECT_EQ(Scan(mail), 1);
+  EXPECT_EQ(Read(mail) + Account(), kVirus);
+}
+
+TEST_F(LostFilesTest, ALinkToNothingHasItsName) {
+  std::filesystem::create_symlink("nowhere", Native() / "mails/z/In_00001.mai");
+  Quarantine();
+  EXPECT_EQ(Scan(Mail("mails\\in_1.inp", kVirus)), 0);
+  EXPECT_EQ(NamesIn(Path("mails\\*.vir")) + NamesIn(Path("mails\\z\\In*")),
+            "In_00002.mai In_00003.mai In_00004.mai ");
 }
 
 TEST_F(LostFilesTest, TheFilesOfOtherEnginesStay) {
