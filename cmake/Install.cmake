@@ -34,8 +34,8 @@ target_include_directories(qd_sdk_plugin INTERFACE $<BUILD_INTERFACE:${sdk_dir}>
 target_sources(qd_sdk_plugin INTERFACE
                $<BUILD_INTERFACE:${sdk_dir}/${sdk_source}>
                $<INSTALL_INTERFACE:$<INSTALL_PREFIX>/share/quarda/PluginLibrary.cpp>)
-if(WIN32)
-  target_link_options(qd_sdk_plugin INTERFACE -static)
+if(WIN32)  # the entry point of 32-bit libraries would carry the size of its arguments in its name
+  target_link_options(qd_sdk_plugin INTERFACE -static -Wl,--kill-at -Wl,--gc-sections)
 else()
   # A library with unique symbols, which g++ makes of variables in headers, is never unloaded.
   target_compile_options(qd_sdk_plugin INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)

@@ -105,7 +105,7 @@ TEST_F(LogTest, AnUnwritableFolderCostsOnlyTheEntry) {
 
 TEST(PluginColumnTest, ShowsWhereTheLibraryIs) {
   const struct {
-    const char* library;
+    std::string library;
     const char* column;
   } kRows[] = {
       {"C:\\base\\plug\\extra.dll", "P@plug\\extra.dll"},
@@ -113,7 +113,7 @@ TEST(PluginColumnTest, ShowsWhereTheLibraryIs) {
       {"C:\\other\\x.dll", "P@..\\other\\x.dll"},
       {"D:\\p\\x.dll", "P@D:\\p\\x.dll"},
       {"C:\\x.dll", "P@..\\x.dll"},
-      {"/base/plug/extra.so", "P@plug\\extra.so"},
+      {platform::NativePath("C:\\base\\plug\\extra.so"), "P@plug\\extra.so"},
       {"extra.so", "P@extra.so"},
   };
   for (const auto& row : kRows) {

@@ -229,10 +229,7 @@ TEST_F(NestedScanTest, AFailingNestedScanIsNoVirus) {
 }
 
 TEST_F(NestedScanTest, AScannerThatDiesIsNoCleanResult) {
-  const std::string scanner = BasePath("die.sh");
-  Write(scanner, "#!/bin/sh\nkill -9 $$\n");
-  std::filesystem::permissions(Native() / "base/die.sh", std::filesystem::perms::owner_all);
-  Settings("[VirusScan]\r\nCommand1=" + scanner + "\r\n[Logging]\r\nLogMode=4\r\n");
+  Settings("[VirusScan]\r\nCommand1=\"" QD_CRASHING_PROGRAM "\"\r\n[Logging]\r\nLogMode=4\r\n");
   EXPECT_EQ(ScanText(MailOf(Eml(NestedMails(1)))), 1);
   EXPECT_TRUE(LogHas({"--- begin eml", "Temp0001.eml", "Scanner crashed", "--- end eml"}));
 }

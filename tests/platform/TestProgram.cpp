@@ -68,15 +68,13 @@ int ShowFolder(const TArguments& arguments) {
 
 int Exit(const TArguments& arguments) { return std::stoi(arguments[2]); }
 
-int Crash(const TArguments&) { __builtin_trap(); }
-
 }  // namespace
 
 int main() {
   const TArguments arguments = ProgramArguments();
   const std::map<std::string, std::function<int(const TArguments&)>> kCommands = {
-      {"show", Show},         {"folder", ShowFolder}, {"exit", Exit},           {"crash", Crash},
-      {"start", StartWriter}, {"write", WriteLater},  {"objects", OpenObjects}, {"mutex", OwnMutex},
-      {"window", OpenWindow}, {"post", Post}};
+      {"show", Show},         {"folder", ShowFolder}, {"exit", Exit},
+      {"start", StartWriter}, {"write", WriteLater},  {"objects", OpenObjects},
+      {"mutex", OwnMutex},    {"window", OpenWindow}, {"post", Post}};
   std::_Exit(kCommands.at(arguments.at(1))(arguments));
 }

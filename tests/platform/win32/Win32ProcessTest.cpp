@@ -39,7 +39,7 @@ TEST_F(Win32, BatchFilesGetTheirArgumentsAsTheyAre) {
 }
 
 TEST_F(Win32, AnExceptionIsNoExitCode) {
-  TProcess process({"\"" QD_TEST_PROGRAM "\" crash", {}, true});
+  TProcess process({"\"" QD_CRASHING_PROGRAM "\"", {}, true});
   EXPECT_TRUE(process.Wait(std::nullopt));
   EXPECT_TRUE(process.Crashed());
   EXPECT_NE(process.ExitCode(), 0u);

@@ -1,8 +1,6 @@
 // Configured command lines: their macros and flags, and the programs they start.
 #include <CommandLauncher.h>
-#include <CommandLine.h>
 #include <CommandMacros.h>
-#include <PifFile.h>
 #include <PlatformError.h>
 #include <Process.h>
 #include <RedAlertAction.h>
@@ -17,24 +15,6 @@ namespace quarda {
 namespace {
 
 using std::chrono::steady_clock;
-
-TEST(CommandLine, FallsApartIntoProgramAndArguments) {
-  const struct {
-    const char *command, *program, *arguments;
-  } kRows[] = {{"", "", ""},
-               {"  ", "", ""},
-               {"scan", "scan", ""},
-               {"scan  a b ", "scan", "a b"},
-               {R"("C:\my dir\s.exe" "a b")", R"(C:\my dir\s.exe)", R"("a b")"},
-               {R"("C:\s.exe"x y)", R"(C:\s.exe)", "y"},
-               {R"("C:\s.exe)", R"(C:\s.exe )", R"(C:\s.exe)"},
-               {R"("")", "", ""},
-               {R"(")", " ", ""}};
-  for (const auto& row : kRows) {
-    EXPECT_EQ(ExtractCmdFileName(row.command), row.program) << row.command;
-    EXPECT_EQ(ExtractCmdArguments(row.command), row.arguments) << row.command;
-  }
-}
 
 class Command : public TProgramTest {
  protected:
@@ -316,22 +296,6 @@ TEST_F(Command, LosesAStalePif) {
   scan_->folder.Write("p.pif", "");
   EXPECT_TRUE(ExecuteProcess(Script("p.sh", ""), 0, false, {}).started);
   EXPECT_FALSE(std::filesystem::exists(Native("p.pif")));
-}
-
-TEST_F(Command, OfADosProgramGetsAPif) {
-  const std::string expected =
-      platform::ReadWholeFile(platform::WindowsPath(QD_TEST_DATA "/pif/clean-me.pif"));
-  for (const std::string& name : {std::string("clean me"), "clean me" + std::string(60, 'x')}) {
-    const std::string program = scan_->folder.Write(name + ".bat", "");
-    scan_->folder.Write(name + ".pif", "old");
-    std::filesystem::permissions(Native(name + ".pif"), std::filesystem::perms::owner_read);
-    EXPECT_EQ(CreatePifFile(program), scan_->folder.Path(name + ".pif"));
-    std::string title = name, path = program.substr(0, 62);
-    title.resize(30, ' ');
-    path.resize(63, '\0');
-    EXPECT_EQ(Content(name + ".pif"),
-              std::string(expected).replace(2, 30, title).replace(36, 63, path));
-  }
 }
 
 TEST_F(Command, AnswersARedAlert) {

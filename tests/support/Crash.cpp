@@ -1,0 +1,2 @@
+// A program that dies of a fault.
+int main() { __builtin_trap(); }
