@@ -2,6 +2,7 @@
 // changes, and that nothing of them stays behind.
 #include <Encodings.h>
 #include <Errors.h>
+#include <FileNames.h>
 #include <MailRead.h>
 
 #include <algorithm>
@@ -275,6 +276,20 @@ TEST_F(NestedScanTest, OpensAHundredLevels) {
       EXPECT_EQ(deepest_, 101);
     }
   }
+}
+
+TEST_F(NestedScanTest, AnotherEnginesMailTypeIsNotTakenForOurs) {
+  std::string mails;
+  onFile_ = [&](IQuardaInstance& scan, const std::string&) {
+    mails += ExtractFileName(scan.GetMail()->GetMailFileName()) + " ";
+    Write(BasePath("Temp\\Quarda.mai"), "outmail\r\n" + Path("out_2.inp") + "\r\n");
+    return true;
+  };
+  Settings("[Common]\r\nMailCheckMode=Incomming\r\n");
+  ScanText(MailOf(Eml(NestedMails(1)) + AttachedContainer(Container({{"a", "1"}, {"b", "2"}}))));
+  EXPECT_EQ(files_, "In_00002.inp In_00001.inp Temp0001.eml Temp0001 Temp0001 in_1.inp ");
+  EXPECT_EQ(mails, "In_00002.inp In_00001.inp In_00001.inp in_1.inp in_1.inp ");
+  Write(BasePath("Temp\\Quarda.mai"), "inmail\r\n" + Path("in_1.inp") + "\r\n");
 }
 
 TEST_F(NestedScanTest, NeedsNoMoreRoomThanTenTimesTheMail) {

@@ -71,8 +71,9 @@ TRef<IQuardaInstance> TQuardaApp::GetInstances(int32_t index) {
 }
 
 int32_t TQuardaApp::RunInstance(const AnsiString& commandLine) {
-  if (!instances_.empty()) instances_.back()->ReleaseMemory();
-  const TRunningScan running(*this, MakeRef<TQuardaInstance>(commandLine, environment_));
+  TQuardaInstance* const outer = instances_.empty() ? nullptr : instances_.back().Get();
+  if (outer) outer->ReleaseMemory();
+  const TRunningScan running(*this, MakeRef<TQuardaInstance>(commandLine, environment_, outer));
   return Scan(running.Get());
 }
 

@@ -9,6 +9,8 @@
 namespace quarda {
 
 struct TMailTypeRecord {
+  bool operator==(const TMailTypeRecord&) const = default;
+
   TOvraMailType mailType = mtUnknown;
   std::string mailFile;  ///< full path of the mail; empty when unknown
 };

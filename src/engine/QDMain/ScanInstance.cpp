@@ -42,10 +42,10 @@ TRef<IPlugin> ActivePlugin(IPluginList& plugins, const std::vector<bool>& inacti
 
 /// Saves the mail to its file, trying again for a moment when the file cannot be created because
 /// somebody else still holds it.
-void SaveWithRetries(TMail& mail, const std::string& path) {
+void SaveWithRetries(TMail& mail, const std::string& path, platform::TDurability durability) {
   for (int retriesLeft = kSaveRetries;; --retriesLeft) {
     try {
-      mail.SaveToFile(path);
+      mail.SaveToFile(path, durability);
       return;
     } catch (const EFileCreateError&) {
       if (retriesLeft == 0) {
@@ -60,8 +60,9 @@ void SaveWithRetries(TMail& mail, const std::string& path) {
 }  // namespace
 
 TQuardaInstance::TQuardaInstance(const AnsiString& commandLine,
-                                 const TEngineEnvironment& environment)
+                                 const TEngineEnvironment& environment, TQuardaInstance* outer)
     : environment_(environment),
+      outer_(outer),
       mailInterface_(MailAdapter(mail_)),
       arguments_(MakeRef<TArguments>(commandLine)),
       log_(*environment_.clock) {}
@@ -192,16 +193,23 @@ void TQuardaInstance::RememberMailType() {
   const TMailTypeFile file(environment_.baseFolder);
   const TOvraMailFileType fileType = GetFileType();
   if (fileType == ftAttachment) {
-    const TMailTypeRecord record = file.Read();
-    mailType_ = record.mailType;
-    pendingMail_ = record.mailFile;
+    own_ = outer_ ? outer_->MailAround() : file.Read();
+    pendingMail_ = own_.mailFile;
   } else {
     pendingMail_ = arguments_->GetFilename().Str();
-    const TOvraMailType mailType = fileType == ftInMail ? mtInMail : mtOutMail;
     // The scans of the attachment files may run in another current folder.
-    file.Write({mailType, platform::FullPath(pendingMail_)});
-    mailType_ = mailType;
+    own_ = {fileType == ftInMail ? mtInMail : mtOutMail, platform::FullPath(pendingMail_)};
+    if (!outer_ || !(file.Read() == own_)) file.Write(own_);
+    if (outer_) outer_->inner_ = own_;
   }
+  mailType_ = own_.mailType;
+}
+
+/// The mail to which an attachment file scanned right inside this scan belongs: the attached mail
+/// while its file is there. Others are told by the mail-type file, which engines overwrite for each
+/// other.
+TMailTypeRecord TQuardaInstance::MailAround() const {
+  return platform::FileExists(inner_.mailFile) ? inner_ : own_;
 }
 
 bool TQuardaInstance::IsExcludedDirection() {
@@ -284,7 +292,12 @@ void TQuardaInstance::FinishPlugins(IPluginList& plugins, const TInactive& inact
 
 void TQuardaInstance::WriteBack() {
   const std::string path = platform::FullPath(mail_.GetMailFileName());
-  if (platform::FolderExists(ExtractFileDir(path))) SaveWithRetries(mail_, path);
+  const std::string folder = ExtractFileDir(path);
+  const bool isTemporary =
+      !IsSoleInstance() && platform::SameAnsiText(folder, GetQuardaPath().Str() + "\\Temp");
+  const auto durability =
+      isTemporary ? platform::TDurability::kPassing : platform::TDurability::kFlushed;
+  if (platform::FolderExists(folder)) SaveWithRetries(mail_, path, durability);
   // The server sees by the stamp that the file changed, even when that took less than the two
   // seconds a stamp can tell apart.
   if (const auto stamp = platform::FileStamp(path)) {

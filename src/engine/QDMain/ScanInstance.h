@@ -11,6 +11,7 @@
 
 #include "EngineLog.h"
 #include "Environment.h"
+#include "MailTypeFile.h"
 
 namespace quarda {
 
@@ -19,7 +20,9 @@ namespace quarda {
 class TQuardaInstance : public TRefCounted<IQuardaInstanceEx, IQuardaInstance> {
  public:
   /// An empty command line stands for the arguments of the process.
-  TQuardaInstance(const AnsiString& commandLine, const TEngineEnvironment& environment);
+  /// A nested scan is told of the one around it, which must outlive it.
+  TQuardaInstance(const AnsiString& commandLine, const TEngineEnvironment& environment,
+                  TQuardaInstance* outer = nullptr);
 
   TRef<IArguments> QDCALL GetArguments() override { return arguments_; }
   TRef<IPluginList> QDCALL GetPlugins() override;
@@ -62,6 +65,7 @@ class TQuardaInstance : public TRefCounted<IQuardaInstanceEx, IQuardaInstance> {
   };
 
   void RememberMailType();
+  TMailTypeRecord MailAround() const;
   bool IsExcludedDirection();
   bool IsSoleInstance();
   TInactive InitPlugins(IPluginList& plugins);
@@ -74,6 +78,9 @@ class TQuardaInstance : public TRefCounted<IQuardaInstanceEx, IQuardaInstance> {
   bool KeepsBodies();
 
   TEngineEnvironment environment_;
+  TQuardaInstance* const outer_;  // null for the outermost
+  TMailTypeRecord own_;           // of this scan
+  TMailTypeRecord inner_;         // of the last mail scanned right inside this one
   TMail mail_;
   TRef<IMail> mailInterface_;  // over mail_, borrowing it
   std::string pendingMail_;    // the mail file still to be loaded

@@ -31,9 +31,9 @@ TMailPart& At(const std::vector<TMailPart*>& list, size_t index) {
   RaiseListIndex(static_cast<ptrdiff_t>(index));
 }
 
-TReplacingFileStream CreateFile(std::string_view fileName) {
+TReplacingFileStream CreateFile(std::string_view fileName, platform::TDurability durability) {
   try {
-    return TReplacingFileStream(fileName, platform::TDurability::kFlushed);
+    return TReplacingFileStream(fileName, durability);
   } catch (const platform::EPlatformError& error) {
     throw EFileCreateError(error.what());
   }
@@ -100,12 +100,12 @@ bool TMail::IsOwnFile(std::string_view fileName) const {
          platform::SameAnsiText(platform::FullPath(fileName), platform::FullPath(fileName_));
 }
 
-void TMail::SaveToFile(std::string_view fileName) {
+void TMail::SaveToFile(std::string_view fileName, platform::TDurability durability) {
   if (loadFailed_ && IsOwnFile(fileName)) {
     throw EError("The mail was not read completely; its file is left as it is.");
   }
   LoadAllBodies();
-  TReplacingFileStream stream = CreateFile(fileName);
+  TReplacingFileStream stream = CreateFile(fileName, durability);
   SaveToStream(stream);
   stream.Commit();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <Errors.h>
+#include <Files.h>
 
 #include <cstddef>
 #include <string>
@@ -37,7 +38,8 @@ class TMail final : public TMailPart {
   /// EFileCreateError: the file could not be created, another attempt may succeed. EPlatformError:
   /// any later failure. EError: the mail was not loaded completely and this is its own file, which
   /// keeps its bytes.
-  void SaveToFile(std::string_view fileName);
+  void SaveToFile(std::string_view fileName,
+                  platform::TDurability durability = platform::TDurability::kFlushed);
   /// Errors of the stream pass through, and those of `LoadBody`.
   void SaveToStream(TStream& stream);
   void LoadAllBodies();

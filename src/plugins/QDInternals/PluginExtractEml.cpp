@@ -88,32 +88,6 @@ TNumberedNames MailFileNames(IQuardaInstance& instance) {
   return {TempPath(instance, incoming ? "In_" : "Out_"), 5, ".inp"};
 }
 
-// Keeps the mail-type file of the running scan aside while nested scans write their own. Other
-// engines write and move the same file: what they took away cannot be kept, and what they put in
-// its place is newer than what was kept. Neither may hinder the scan.
-class TMailTypeAside {
- public:
-  explicit TMailTypeAside(std::string path) : path_(std::move(path)) {
-    if (!platform::FileExists(path_)) return;
-    TNumberedNames names{ChangeFileExt(path_, "."), 3, ""};
-    try {
-      saved_ = MoveToFreeName(path_, names);
-    } catch (const std::exception&) {
-      // The nested scans replace it.
-    }
-  }
-  TMailTypeAside(const TMailTypeAside&) = delete;
-  TMailTypeAside& operator=(const TMailTypeAside&) = delete;
-  ~TMailTypeAside() {
-    platform::RemoveFile(path_);
-    if (saved_ && !platform::RenameFile(*saved_, path_)) platform::RemoveFile(*saved_);
-  }
-
- private:
-  const std::string path_;
-  std::optional<std::string> saved_;
-};
-
 // Writes the line that closes an attachment's lines in the log, however its scan ends.
 class TEndLine {
  public:
@@ -136,6 +110,39 @@ class TEndLine {
 };
 
 }  // namespace
+
+// Keeps the mail-type file of the running scan aside while nested scans write their own: from the
+// first of several attached mails until it is wanted back. Other engines write and move the same
+// file: what they took away cannot be kept, and what they put in its place is newer than what was
+// kept. Neither may hinder the scan.
+class TMailTypeAside {
+ public:
+  explicit TMailTypeAside(std::string path) : path_(std::move(path)) {}
+  TMailTypeAside(const TMailTypeAside&) = delete;
+  TMailTypeAside& operator=(const TMailTypeAside&) = delete;
+  ~TMailTypeAside() { PutBack(); }
+
+  void Take() {
+    if (std::exchange(isAside_, true) || !platform::FileExists(path_)) return;
+    TNumberedNames names{ChangeFileExt(path_, "."), 3, ""};
+    try {
+      saved_ = MoveToFreeName(path_, names);
+    } catch (const std::exception&) {
+      // The nested scans replace it.
+    }
+  }
+  void PutBack() noexcept {
+    if (!std::exchange(isAside_, false)) return;
+    platform::RemoveFile(path_);
+    if (saved_ && !platform::RenameFile(*saved_, path_)) platform::RemoveFile(*saved_);
+    saved_.reset();
+  }
+
+ private:
+  const std::string path_;
+  std::optional<std::string> saved_;
+  bool isAside_ = false;
+};
 
 // An embedded mail in a file of its own. A nested scan that saves the file gives it a new stamp.
 class TNestedMail {
@@ -171,9 +178,10 @@ bool TPluginExtractEml::DoExecute(IQuardaInstance& instance) {
   if (instance.GetFileType() == ftAttachment) return true;
   const TRef<IMail> mail = instance.GetMail();
   const int32_t count = mail->GetAttachmentCount();
+  TMailTypeAside mailType(TempPath(instance, "Quarda.mai"));
   for (int32_t i = 0; i < count; ++i) {
     try {
-      if (!CheckAttachment(instance, *mail->GetAttachments(i))) return false;
+      if (!CheckAttachment(instance, *mail->GetAttachments(i), mailType)) return false;
     } catch (...) {
       LogException(this);
       if (RefuseIfOutOfMemory(instance, mail->GetMailFileName())) return false;
@@ -183,19 +191,21 @@ bool TPluginExtractEml::DoExecute(IQuardaInstance& instance) {
   return true;
 }
 
-bool TPluginExtractEml::CheckAttachment(IQuardaInstance& instance, IMailAttachment& attachment) {
+bool TPluginExtractEml::CheckAttachment(IQuardaInstance& instance, IMailAttachment& attachment,
+                                        TMailTypeAside& mailType) {
   const AnsiString name = attachment.GetFileName();
   if (platform::SameAnsiText(ExtractFileExt(name), ".eml")) {
-    return CheckMail(instance, attachment, name);
+    return CheckMail(instance, attachment, name, mailType);
   }
   if (platform::SameAnsiText(attachment.GetContentType(), "application/ms-tnef")) {
+    mailType.PutBack();
     return CheckContainer(instance, attachment, name);
   }
   return true;
 }
 
 bool TPluginExtractEml::CheckMail(IQuardaInstance& instance, IMailAttachment& attachment,
-                                  const AnsiString& name) {
+                                  const AnsiString& name, TMailTypeAside& mailType) {
   TMemoryStream content = DecodedContentOf(attachment);
   if (content.Size() == 0) return true;
   instance.LogExtra(this, FillIn(kBeginMail, {name}));
@@ -204,7 +214,7 @@ bool TPluginExtractEml::CheckMail(IQuardaInstance& instance, IMailAttachment& at
     instance.LogExtra(this, kInvalidMail);
     return true;
   }
-  return !ScanMail(instance, attachment, std::move(content));
+  return !ScanMail(instance, attachment, std::move(content), mailType);
 }
 
 bool TPluginExtractEml::CheckContainer(IQuardaInstance& instance, IMailAttachment& attachment,
@@ -222,13 +232,13 @@ bool TPluginExtractEml::CheckContainer(IQuardaInstance& instance, IMailAttachmen
 }
 
 bool TPluginExtractEml::ScanMail(IQuardaInstance& instance, IMailAttachment& attachment,
-                                 TMemoryStream content) {
+                                 TMemoryStream content, TMailTypeAside& mailType) {
   const AnsiString name = attachment.GetFileName();
   if (IsTooLarge(instance, content.Size())) return Refuse(instance, kTooLarge, name);
   bool virus = false;
   // What cannot be written out is left to the checks of the mail itself, silently.
   try {
-    const TMailTypeAside mailType(TempPath(instance, "Quarda.mai"));
+    mailType.Take();
     platform::CreateFolders(TempPath(instance, ""));
     TNestedMail mail(instance, attachment, content.View());
     content = TMemoryStream();  // nested scans need the memory

@@ -7,6 +7,7 @@
 
 namespace quarda {
 
+class TMailTypeAside;
 class TMemoryStream;
 class TNestedMail;
 
@@ -25,13 +26,16 @@ class TPluginExtractEml final : public TPlugin {
 
  private:
   // True: passed.
-  bool CheckAttachment(IQuardaInstance& instance, IMailAttachment& attachment);
-  bool CheckMail(IQuardaInstance& instance, IMailAttachment& attachment, const AnsiString& name);
+  bool CheckAttachment(IQuardaInstance& instance, IMailAttachment& attachment,
+                       TMailTypeAside& mailType);
+  bool CheckMail(IQuardaInstance& instance, IMailAttachment& attachment, const AnsiString& name,
+                 TMailTypeAside& mailType);
   bool CheckContainer(IQuardaInstance& instance, IMailAttachment& attachment,
                       const AnsiString& name);
 
   // True: a virus was found.
-  bool ScanMail(IQuardaInstance& instance, IMailAttachment& attachment, TMemoryStream content);
+  bool ScanMail(IQuardaInstance& instance, IMailAttachment& attachment, TMemoryStream content,
+                TMailTypeAside& mailType);
   bool ScanMailFile(IQuardaInstance& instance, TNestedMail& mail);
   bool ScanAttachmentsOf(IQuardaInstance& instance, const std::string& mailFile);
   bool ScanContainer(IQuardaInstance& instance, TMemoryStream content);
