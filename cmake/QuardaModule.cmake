@@ -29,11 +29,11 @@ function(qd_static_program target)
     return()
   endif()
   include(CheckCXXSourceCompiles)
-  set(CMAKE_REQUIRED_LINK_OPTIONS -static -no-pie)
+  set(CMAKE_REQUIRED_LINK_OPTIONS -static)
   check_cxx_source_compiles("#include <string>\nint main(int n, char**) { return std::to_string(n).empty(); }"
                             QD_LINKS_STATICALLY)
   if(QD_LINKS_STATICALLY)
-    target_link_options(${target} PRIVATE -static -no-pie)
+    target_link_options(${target} PRIVATE -static)
   endif()
 endfunction()
 
