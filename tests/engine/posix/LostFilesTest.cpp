@@ -208,6 +208,25 @@ TEST_F(LostFilesTest, AttachedMailsAreScannedWhateverBecomesOfTheMailType) {
   }
 }
 
+TEST_F(LostFilesTest, EachAttachedMailTakesTheSameSteps) {
+  Settings("");
+  const auto steps = [this](int mails) {
+    std::vector<std::string> attached;
+    for (int i = 0; i < mails; ++i) {
+      attached.push_back("Subject: " + std::to_string(i) + "\r\n\r\n");
+    }
+    const std::string mail = Mail("in_1.inp", MailWith(attached));
+    int count = 0;
+    const TFileFaults faults([&](std::string_view) { return ++count, 0; });
+    EXPECT_EQ(Scan(mail), 0);
+    return count;
+  };
+  const int few = steps(100);
+  const int more = steps(200);
+  EXPECT_GT(more - few, 100);
+  EXPECT_LT(steps(5000) - few, 50 * (more - few));  // 49 times as many mails
+}
+
 // Takes the name for another engine as soon as nobody has it any more. Closes the pipe when
 // somebody has it.
 void TakeNameWhenFree(const std::string& path, int pipe) {
