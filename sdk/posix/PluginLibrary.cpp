@@ -3,6 +3,10 @@
 #include <dlfcn.h>
 #include <unwind.h>
 
+namespace __gnu_cxx {
+[[gnu::weak]] void __freeres();  // NOLINT(bugprone-reserved-identifier): the name is the runtime's
+}  // namespace __gnu_cxx
+
 namespace quarda {
 namespace {
 
@@ -10,9 +14,26 @@ constexpr char kHere = 0;
 
 _Unwind_Reason_Code StopAtOnce(_Unwind_Context*, void*) { return _URC_NORMAL_STOP; }
 
-// The unwinder of gcc's runtime is linked in. An error that the engine raised enters the handlers
-// of this library with its help, and one that was never used ends the process there.
-[[maybe_unused]] const _Unwind_Reason_Code isSetUp = _Unwind_Backtrace(StopAtOnce, nullptr);
+/// What the runtime that is linked in does not do by itself when the library comes and goes.
+struct TRuntime {
+  // An error that the engine raised enters the handlers of this library with the help of the
+  // unwinder that is linked in, and one that was never used ends the process there.
+  TRuntime() { _Unwind_Backtrace(StopAtOnce, nullptr); }
+  // The memory put aside for errors stays behind otherwise, each time anew.
+  ~TRuntime() {
+    if (&__gnu_cxx::__freeres != nullptr && IsHere(&__gnu_cxx::__freeres)) __gnu_cxx::__freeres();
+  }
+
+  static bool IsHere(void (*function)()) {
+    Dl_info ours{};
+    Dl_info other{};
+    return ::dladdr(&kHere, &ours) != 0 &&
+           ::dladdr(reinterpret_cast<void*>(function), &other) != 0 &&
+           ours.dli_fbase == other.dli_fbase;
+  }
+};
+
+[[maybe_unused]] const TRuntime runtime;
 
 }  // namespace
 
