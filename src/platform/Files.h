@@ -40,6 +40,9 @@ std::optional<TFileRecord> FindFile(std::string_view pattern);
 /// All entries that match, sorted by name without regard to letter case; "." and ".." are left out.
 /// A folder that cannot be read gives an empty list.
 std::vector<TFileRecord> FindFiles(std::string_view pattern);
+/// The names of the folders in a folder, sorted in the same way. Where the system tells the kind
+/// together with the name, nothing is asked about the files beside them.
+std::vector<std::string> FindFolders(std::string_view folder);
 
 /// Creates the folder and every missing parent. True when the folder exists afterwards.
 bool CreateFolders(std::string_view path) noexcept;

@@ -83,6 +83,9 @@ TEST_F(Files, AreListedInOrder) {
     EXPECT_TRUE(std::string(r.names).starts_with(first ? first->name + ' ' : "")) << r.pattern;
     EXPECT_EQ(first.has_value(), *r.names != '\0') << r.pattern;
   }
+  Put("And/y");
+  EXPECT_EQ(FindFolders(Path("")), (std::vector<std::string>{"And", "sub"}));
+  EXPECT_TRUE(FindFolders(Path("c")).empty() && FindFolders(Path("no")).empty());
   const auto file = FindFile(Path("c"));
   const auto folder = FindFile(Path("s?b"));
   EXPECT_EQ(file->size, 4u);

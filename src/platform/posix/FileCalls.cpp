@@ -169,6 +169,15 @@ const char* NextName(const TFolder& folder) noexcept {
   return entry == nullptr ? nullptr : entry->d_name;
 }
 
+const char* NextFolderName(const TFolder& folder) noexcept {
+  while (const dirent* entry = ::readdir(folder.get())) {
+    const bool isOther =
+        entry->d_type != DT_DIR && entry->d_type != DT_LNK && entry->d_type != DT_UNKNOWN;
+    if (!isOther) return entry->d_name;
+  }
+  return nullptr;
+}
+
 int StatInFolder(const TFolder& folder, const char* name, struct stat& info) noexcept {
   return ::fstatat(::dirfd(folder.get()), name, &info, 0);
 }

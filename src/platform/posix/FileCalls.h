@@ -57,6 +57,8 @@ using TFolder = std::unique_ptr<DIR, TCloseFolder>;
 TFolder OpenFolder(const std::string& path) noexcept;
 /// The next name, or null at the end.
 const char* NextName(const TFolder& folder) noexcept;
+/// The next name of a folder, or of what only a closer look can tell from one.
+const char* NextFolderName(const TFolder& folder) noexcept;
 int StatInFolder(const TFolder& folder, const char* name, struct stat& info) noexcept;
 int UnlinkInFolder(const TFolder& folder, const char* name) noexcept;
 

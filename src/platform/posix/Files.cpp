@@ -64,8 +64,7 @@ std::optional<TFileRecord> FindOne(std::string_view path, std::string_view name)
   return RecordOf(std::move(spelling), info);
 }
 
-TFolder OpenSearchFolder(const TSearch& search) {
-  const std::string_view path = search.folder.empty() ? "." : search.folder;
+TFolder OpenExistingFolder(std::string_view path) {
   TFolder folder;
   OnExisting(path, [&](const std::string& native) {
     folder = OpenFolder(native);
@@ -92,7 +91,7 @@ std::vector<TFileRecord> Search(std::string_view pattern, size_t limit) {
     if (auto record = FindOne(pattern, search.name)) records.push_back(std::move(*record));
     return records;
   }
-  const TFolder folder = OpenSearchFolder(search);
+  const TFolder folder = OpenExistingFolder(search.folder.empty() ? "." : search.folder);
   if (folder == nullptr) return records;
   for (std::string& name : MatchingNames(folder, search.name)) {
     if (records.size() == limit) break;
@@ -194,6 +193,18 @@ std::optional<TFileRecord> FindFile(std::string_view pattern) {
 }
 
 std::vector<TFileRecord> FindFiles(std::string_view pattern) { return Search(pattern, SIZE_MAX); }
+
+std::vector<std::string> FindFolders(std::string_view path) {
+  const TFolder folder = OpenExistingFolder(path);
+  std::vector<std::string> names;
+  while (const char* entry = folder == nullptr ? nullptr : NextFolderName(folder)) {
+    struct stat info;
+    const bool isFolder = StatInFolder(folder, entry, info) == 0 && S_ISDIR(info.st_mode);
+    if (isFolder && !IsDotName(entry)) names.emplace_back(entry);
+  }
+  std::sort(names.begin(), names.end(), SortsBefore);
+  return names;
+}
 
 bool CreateFolders(std::string_view path) noexcept {
   return OrElse(false, [&] {

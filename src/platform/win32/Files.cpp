@@ -135,6 +135,14 @@ std::optional<TFileRecord> FindFile(std::string_view pattern) {
 
 std::vector<TFileRecord> FindFiles(std::string_view pattern) { return Search(pattern); }
 
+std::vector<std::string> FindFolders(std::string_view folder) {
+  std::vector<std::string> names;
+  for (TFileRecord& record : Search(std::string(folder) + (EndsWithSlash(folder) ? "*" : "\\*"))) {
+    if ((record.attributes & kFolder) != 0) names.push_back(std::move(record.name));
+  }
+  return names;
+}
+
 bool CreateFolders(std::string_view path) noexcept {
   return OrElse(false, [&] {
     const std::optional<std::string> name = SystemPath(path);

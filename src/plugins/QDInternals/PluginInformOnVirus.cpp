@@ -171,9 +171,8 @@ std::string TPluginInformOnVirus::FindMailAdminDir(IQuardaInstance& instance) {
   const std::string address = instance.GetConfig()->GetAdminAddress().Str();
   const std::string mailFolder = MailFolder(instance);
   if (address.empty()) return {};
-  for (const platform::TFileRecord& entry : platform::FindFiles(JoinPath(mailFolder, "*"))) {
-    if ((entry.attributes & platform::kFolder) == 0) continue;
-    std::string account = JoinPath(mailFolder, entry.name);
+  for (const std::string& name : platform::FindFolders(mailFolder)) {
+    std::string account = JoinPath(mailFolder, name);
     if (platform::FileExists(Concat({account, "\\", address}))) return account;
   }
   return {};
