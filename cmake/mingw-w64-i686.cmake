@@ -8,7 +8,7 @@ set(CMAKE_FIND_ROOT_PATH /usr/${prefix})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 # Every system that the engine supports needs SSE2 itself. Callers of that system keep the stack
 # aligned to 4 bytes only.
 set(CMAKE_CXX_FLAGS_INIT "-msse2 -mstackrealign")
