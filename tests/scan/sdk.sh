@@ -93,6 +93,11 @@ while IFS='|' read -r compiler flags errors; do
     echo "passed over: $make"
     continue
   fi
+  # Its check of every object's type reads what describes the type, which is the runtime's own affair.
+  if [[ $errors == no-errors ]] && grep -q __ubsan_handle_dynamic_type "$engine"; then
+    echo "passed over under the sanitizer: $make"
+    continue
+  fi
   tried=$((tried + 1))
   made=plugin$tried
   try_sample
