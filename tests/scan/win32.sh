@@ -102,10 +102,10 @@ grep -q 'b@else.example' "$base/hooked" || fail "the hook did not run"
 judge "plug-in" quarda 1 'Mails from "spam.example" are blocked' 'From: c@spam.example\n\ngood\n'
 
 judge "client without an engine" quarda-request 0 'Quarda finished' "$good"
-run "$base/quarda.exe" -daemon &
-engine=$!
 # Without the host program a client that is not served cannot scan by itself.
-mv "$base/quarda.exe" "$base/quarda-away.exe"
+mv "$base/quarda.exe" "$base/engine.exe"
+run "$base/engine.exe" -daemon &
+engine=$!
 printf '%b' "$evil" >"$work/in_1 a.inp"
 for ((i = 0; i < 60; ++i)); do  # until the engine serves
   run "$base/quarda-request.exe" "$(windows "$work/in_1 a.inp")" || break
@@ -113,9 +113,8 @@ for ((i = 0; i < 60; ++i)); do  # until the engine serves
 done
 judge "request" quarda-request 1 'Virus found (ExitCode: 7)' "$evil"
 judge "clean request" quarda-request 0 'no virus found' "$good"
-mv "$base/quarda-away.exe" "$base/quarda.exe"
 kill -0 $engine 2>/dev/null || fail "the resident engine ended"
-run "$base/quarda.exe" -daemon -quit
+run "$base/engine.exe" -daemon -quit
 for ((i = 0; i < 300; ++i)); do
   kill -0 $engine 2>/dev/null || break
   sleep 0.1
