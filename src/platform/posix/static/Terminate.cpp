@@ -5,7 +5,7 @@
 
 namespace __gnu_cxx {
 
-[[noreturn]] void __verbose_terminate_handler();  // declared by the runtime, not by a header of ours
+[[noreturn]] void __verbose_terminate_handler();  // of the runtime, in no header
 
 void __verbose_terminate_handler() { std::abort(); }
 
