@@ -2,7 +2,8 @@
 // peak memory. And what the engine adds to the start of a scanner. It measures other processes,
 // which only the system's own calls can do.
 //
-// Usage: bench_process BASE-FOLDER LOGGING-BASE-FOLDER PLUGIN-BASE-FOLDER WORK-FOLDER
+// Usage: bench_process FOLDER
+//   FOLDER  holds the installations default, checking, logging and plugin, and the folder mails
 #include <CommandLauncher.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -15,6 +16,7 @@
 #include <fstream>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "MailFactory.h"
@@ -65,12 +67,12 @@ void WriteFile(const std::string& path, const std::string& content) {
 }
 
 /// Written piece by piece: what this process holds would count as its children's memory.
-void WriteHugeMail(const std::string& path) {
+void WriteHugeMail(const std::string& path, std::string_view firstField) {
   const std::string mail = AttachmentMail(64 << 10, 12);
   const size_t end = mail.rfind("--=_mix_1--");
   const std::string lines = Base64Lines(64 << 10, 13);
   std::ofstream file(path, std::ios::binary);
-  file << mail.substr(0, end);
+  file << firstField << mail.substr(0, end);
   for (int i = 1; i < 1600; ++i) file << lines;
   file << mail.substr(end);
 }
@@ -217,38 +219,41 @@ void MeasureMemory(const std::vector<TCommand>& commands) {
 
 int main(int argc, char** argv) {
   using namespace quarda::bench;
-  if (argc != 5) {
-    std::fprintf(stderr,
-                 "usage: bench_process BASE-FOLDER LOGGING-BASE-FOLDER PLUGIN-BASE-FOLDER "
-                 "WORK-FOLDER\n");
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: bench_process FOLDER\n");
     return 2;
   }
-  const std::string quarda = std::string(argv[1]) + "/quarda";
-  const std::string logging = std::string(argv[2]) + "/quarda";
-  const std::string plugin = std::string(argv[3]) + "/quarda";
-  const std::string folder = argv[4];
+  const std::string work = argv[1];
+  const auto host = [&work](const char* base) { return work + "/" + base + "/quarda"; };
+  const std::string quarda = host("default");
+  const std::string folder = work + "/mails";
   const std::string small = folder + "/in_2k.inp";
   const std::string medium = folder + "/in_20k.inp";
   const std::string container = folder + "/in_container.inp";
   const std::string huge = folder + "/in_100m.inp";
   WriteFile(small, OrdinaryMails(1, 2048, 10)[0]);
   WriteFile(medium, OrdinaryMails(1, 20480, 11)[0]);
-  WriteHugeMail(huge);
+  const std::string changed = folder + "/in_100m_changed.inp";
+  WriteHugeMail(huge, "");
+  WriteHugeMail(changed, "Subject: 100% free\r\n");
 
   MeasureMemory({{"/bin/true", {"/bin/true"}, 0},
                  {"quarda, 2 KB mail", {quarda, small}, 0},
-                 {"quarda, 100 MB mail", {quarda, huge}, 16}});
+                 {"quarda, 100 MB mail", {quarda, huge}, 16},
+                 {"the same, changed by a check", {host("checking"), changed}, 1.3 * 105}});
+  WriteFile(changed, "");
   WriteFile(container, ContainerMail(20, 200 << 10, 14));  // takes memory for good
   MeasureTime({{"/bin/true", {"/bin/true"}, 0},
                {"quarda, 2 KB mail", {quarda, small}, 0},
                {"quarda, 20 KB mail", {quarda, medium}, 2},
-               {"the same, every message logged", {logging, medium}, 0},
+               {"the same, every check on and logged", {host("checking"), medium}, 2.5},
+               {"the same, every message logged", {host("logging"), medium}, 0},
                {"quarda, container, 20 of 200 KB", {quarda, container}, 8}});
-  MeasurePlugin(quarda, plugin, medium);
+  MeasurePlugin(quarda, host("plugin"), medium);
   MeasureNestedScan(quarda, small, folder);
   MeasureAttachedMails(quarda, folder);
   // Only a container that could not be read would have been worth a line.
-  if (std::ifstream(std::string(argv[1]) + "/Quarda.log").peek() != std::char_traits<char>::eof()) {
+  if (std::ifstream(work + "/default/Quarda.log").peek() != std::char_traits<char>::eof()) {
     std::fprintf(stderr, "the containers were not read; see Quarda.log\n");
     return 1;
   }
