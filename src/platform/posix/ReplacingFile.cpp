@@ -207,8 +207,8 @@ bool TReplacingFile::TState::SwapIntoPlace() {
   return true;
 }
 
-/// The rename should reach the disk soon. It is done by now, so a failure here is none of the whole:
-/// whoever heard of one would believe that the old content is still there.
+/// The rename should reach the disk soon. It is done by now, so a failure here is none of the
+/// whole: whoever heard of one would believe that the old content is still there.
 void TReplacingFile::TState::FlushFolder() const noexcept {
   const TDescriptor folder(OpenFile(FolderOf(target), O_RDONLY | O_DIRECTORY));
   if (folder) FlushFile(folder.Get());
