@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <ctime>
 
@@ -15,6 +16,7 @@
 #include "Files.h"
 #include "Paths.h"
 #include "PlatformError.h"
+#include "WriteBuffer.h"
 
 namespace quarda::platform {
 
@@ -243,17 +245,9 @@ TReplacingFile::~TReplacingFile() = default;
 void TReplacingFile::Write(const void* data, size_t size) {
   TState& state = *state_;
   if (state.done) state.Raise(EBADF);
-  if (state.inPlace || state.buffer.size() + size <= kBufferSize) {
-    state.buffer.append(static_cast<const char*>(data), size);
-    return;
-  }
-  state.WriteOut(state.buffer.data(), state.buffer.size());
-  state.buffer.clear();
-  if (size >= kBufferSize) {
-    state.WriteOut(data, size);
-  } else {
-    state.buffer.assign(static_cast<const char*>(data), size);
-  }
+  const size_t limit = state.inPlace ? SIZE_MAX : kBufferSize;
+  const auto writeOut = [&state](const void* rest, size_t count) { state.WriteOut(rest, count); };
+  WriteBuffered(state.buffer, data, size, limit, writeOut);
 }
 
 void TReplacingFile::Commit() {

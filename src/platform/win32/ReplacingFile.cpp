@@ -7,6 +7,7 @@
 // or the new content; the system's call for replacing files takes two. What that call would take
 // over from the old file is given to the new one beforehand: owner, access rights, attributes.
 #include <array>
+#include <cstdint>
 #include <vector>
 
 #include "FileCalls.h"
@@ -14,6 +15,7 @@
 #include "LocalTime.h"
 #include "Paths.h"
 #include "PlatformError.h"
+#include "WriteBuffer.h"
 
 namespace quarda::platform {
 
@@ -239,17 +241,9 @@ TReplacingFile::~TReplacingFile() = default;
 void TReplacingFile::Write(const void* data, size_t size) {
   TState& state = *state_;
   if (state.done) state.Raise(ERROR_INVALID_HANDLE);
-  if (state.inPlace || state.buffer.size() + size <= kBufferSize) {
-    state.buffer.append(static_cast<const char*>(data), size);
-    return;
-  }
-  state.WriteOut(state.buffer.data(), state.buffer.size());
-  state.buffer.clear();
-  if (size >= kBufferSize) {
-    state.WriteOut(data, size);
-  } else {
-    state.buffer.assign(static_cast<const char*>(data), size);
-  }
+  const size_t limit = state.inPlace ? SIZE_MAX : kBufferSize;
+  const auto writeOut = [&state](const void* rest, size_t count) { state.WriteOut(rest, count); };
+  WriteBuffered(state.buffer, data, size, limit, writeOut);
 }
 
 void TReplacingFile::Commit() {
