@@ -203,9 +203,8 @@ void TTagIndex::Edit(size_t from, size_t to, std::string_view text, bool madeMar
   }
   const uint32_t block = Find(from).block;
   const bool extendsTag = endsCutOff_ && block == LastBlock();
-  const bool closesTag = madeMark && lastLoose_ != kNone && block > lastLoose_;
   if (extendsTag) Distrust(block);
-  if (closesTag) Distrust(lastLoose_);
+  if (madeMark && lastLoose_ != kNone) Distrust(std::min(block, lastLoose_));
   EditCovered(from, to, text);
 }
 

@@ -29,6 +29,10 @@ struct TClosingTag {
 /// and the index has to be built again.
 class TTagIndex {
  public:
+  TTagIndex() = default;
+  TTagIndex(TTagIndex&&) = default;  // a copy would look into the original's names
+  TTagIndex& operator=(TTagIndex&&) = default;
+
   /// Reads the tags from the offset on, which must not lie inside of one. `noMark` as in TTagScan.
   void Build(const TEditableText& text, size_t from, size_t& noMark);
 

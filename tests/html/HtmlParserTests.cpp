@@ -91,6 +91,18 @@ TEST(HtmlParser, FindsClosingTagsAfterEditsAhead) {
   }
 }
 
+TEST(HtmlParser, AMarkMadeBetweenInstructionsEndsTheFirst) {
+  THtmlParser parser = Parser("<x><?a></x>Z</x><?b>");
+  parser.Next();
+  EXPECT_TRUE(parser.GotoClosingTag());
+  EXPECT_EQ(parser.GetTagStart() * 100 + parser.GetIndex(), 812);
+  parser.Insert("?>");
+  parser.SetIndex(1);
+  parser.Next();
+  EXPECT_TRUE(parser.GotoClosingTag());
+  EXPECT_EQ(parser.GetTagStart() * 100 + parser.GetIndex(), 1519);
+}
+
 TEST(HtmlParser, EditsAsOneStringWouldBeEdited) {
   static constexpr const char* kPieces[] = {
       "<b>", "<b x='>'>", "</b>", "</B >", "<i>", "</i>", "<",   ">",     "text", "'",
