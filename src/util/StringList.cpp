@@ -204,7 +204,7 @@ std::string TStringList::Text() const {
   return text;
 }
 
-void TStringList::SplitInto(std::string_view text) {
+void TStringList::AddSlices(std::string_view text) {
   const auto find = [](const char* from, const char* to, char c) {
     return static_cast<const char*>(std::memchr(from, c, static_cast<size_t>(to - from)));
   };
@@ -229,7 +229,7 @@ void TStringList::SplitInto(std::string_view text) {
 void TStringList::SetText(TTextBlock block) {
   DropLines();
   Keep(block);
-  SplitInto(block.View());
+  AddSlices(block.View());
   Changed();
 }
 

@@ -93,6 +93,8 @@ class TStringList {
   /// Appends a line that lies in a block given to `Keep` (or in memory that outlives the list); for
   /// readers that split a block themselves. Tells no observer: wrap the loop in an update bracket.
   void AddSlice(std::string_view line) { lines_.push_back({line.data(), line.size()}); }
+  /// The same for every line of a text, split as `SetText` does it.
+  void AddSlices(std::string_view text);
   /// Keeps a block alive as long as the list's lines.
   void Keep(const TTextBlock& block);
   void Reserve(size_t lines) { lines_.reserve(lines); }
@@ -101,7 +103,7 @@ class TStringList {
   void BeginUpdate() noexcept { ++updates_; }
   void EndUpdate();
   void SetObserver(TStringListObserver* observer) noexcept { observer_ = observer; }
-  /// Whether the lines were ever changed by anything but `AddSlice`.
+  /// Whether the lines were ever changed by anything but the slices.
   bool WasChanged() const noexcept { return wasChanged_; }
 
  private:
@@ -122,7 +124,6 @@ class TStringList {
   void SwapLines(TStringList& other) noexcept;
   void CompactIfWasteful();
   void DropLines() noexcept;
-  void SplitInto(std::string_view text);
   void Changed();
 
   std::vector<TLine> lines_;

@@ -292,6 +292,18 @@ TEST_F(NestedScanTest, AnotherEnginesMailTypeIsNotTakenForOurs) {
   Write(BasePath("Temp\\Quarda.mai"), "inmail\r\n" + Path("in_1.inp") + "\r\n");
 }
 
+TEST_F(NestedScanTest, AnotherEnginesMailIsNotTakenForOurs) {
+  std::string mails;
+  onFile_ = [&](IQuardaInstance& scan, const std::string& content) {
+    if (content == "1") Write(BasePath("Temp\\In_00001.inp"), NestedMails(0));
+    if (content.size() == 1) mails += ExtractFileName(scan.GetMail()->GetMailFileName()) + " ";
+    return true;
+  };
+  ScanText(MailOf(Eml(NestedMails(0)) + AttachedContainer(Container({{"a", "1"}, {"b", "2"}}))));
+  EXPECT_EQ(mails, "in_1.inp in_1.inp ");
+  platform::RemoveFile(BasePath("Temp\\In_00001.inp"));
+}
+
 TEST_F(NestedScanTest, NeedsNoMoreRoomThanTenTimesTheMail) {
   const std::string text((64 << 20) / 80, 'x');  // 80 of them fit
   EXPECT_EQ(ScanText(NestedMails(70, text)), 0);

@@ -99,6 +99,23 @@ TEST_F(MailFileTest, ABodyReadAgainIsTheSame) {
   }
 }
 
+TEST_F(MailFileTest, ABodyReadAgainHasTheSameLines) {
+  // Split at a lone CR only where it was from the start.
+  Write(Mail("lone\rCR", std::string(100000, 'x')));
+  for (const bool keep : {false, true}) {
+    TMail mail;
+    mail.KeepBodies = keep;
+    mail.Releasable = keep;
+    mail.LoadFromFile(file_);
+    TMailPart& part = mail.GetParts(0);
+    for (int i = 0; i < 3; ++i) {
+      mail.ReleaseBodies();
+      EXPECT_FALSE(part.IsBodyResident());
+      EXPECT_EQ(part.ShareBody()->Count(), keep ? 1u : 2u);
+    }
+  }
+}
+
 TEST_F(MailFileTest, ADeferredBodyWithoutItsFileIsEmpty) {
   Write(Mail("a", "b"));
   TMail mail;

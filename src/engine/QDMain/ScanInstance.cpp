@@ -206,10 +206,15 @@ void TQuardaInstance::RememberMailType() {
 }
 
 /// The mail to which an attachment file scanned right inside this scan belongs: the attached mail
-/// while its file is there. Others are told by the mail-type file, which engines overwrite for each
-/// other.
-TMailTypeRecord TQuardaInstance::MailAround() const {
-  return platform::FileExists(inner_.mailFile) ? inner_ : own_;
+/// until its file is gone or the mail-type file names this scan's mail again (another engine may
+/// have a file of the attached mail's name by then). Nothing else in that file counts: engines
+/// overwrite it for each other.
+TMailTypeRecord TQuardaInstance::MailAround() {
+  if (inner_.mailFile.empty()) return own_;
+  const bool hasEnded = !platform::FileExists(inner_.mailFile) ||
+                        TMailTypeFile(environment_.baseFolder).Read() == own_;
+  if (hasEnded) inner_ = {};
+  return hasEnded ? own_ : inner_;
 }
 
 bool TQuardaInstance::IsExcludedDirection() {

@@ -65,7 +65,7 @@ class TQuardaInstance : public TRefCounted<IQuardaInstanceEx, IQuardaInstance> {
   };
 
   void RememberMailType();
-  TMailTypeRecord MailAround() const;
+  TMailTypeRecord MailAround();
   bool IsExcludedDirection();
   bool IsSoleInstance();
   TInactive InitPlugins(IPluginList& plugins);

@@ -281,8 +281,11 @@ void TMailPart::ReadDeferred() {
   if (bodyHash_ != 0 && bodyHash_ != HashOf(text)) {
     throw EError("The file of the mail was changed while it was read.");
   }
-  if (FitsIntoMemory(block.Size()) && HasLoneCr(text)) {
-    Lines().SetText(text);
+  if (bodyHash_ == 0) splitsAtCr_ = FitsIntoMemory(block.Size()) && HasLoneCr(text);
+  if (splitsAtCr_) {
+    bodyHash_ = HashOf(text);
+    Lines().Keep(block);
+    Lines().AddSlices(text);
     UseLines();
   } else {
     UseText(std::move(block), text);

@@ -185,6 +185,7 @@ class TMailPart {
   bool modified_ = false;
   TBodyState body_ = TBodyState::kLines;
   bool isFromFile_ = false;  // kText: so lies the body in the mail's file
+  bool splitsAtCr_ = false;  // each time that it is read from there
   TListing listing_ = TListing::kNone;
   bool changePending_ = false;  // noted for the part lists
   TMail* const mail_;
