@@ -101,6 +101,7 @@ class TFile {
 
   /// Reads up to `size` bytes; fewer only at the end of the file.
   size_t Read(void* buffer, size_t size);
+  /// When the file is open for appending and not all fits, nothing of it stays.
   void Write(const void* data, size_t size);
   void Seek(uint64_t offset);
   uint64_t Size() const;
@@ -110,6 +111,7 @@ class TFile {
 
  private:
   intptr_t handle_;
+  bool appends_;
   std::string path_;
 };
 

@@ -101,6 +101,19 @@ judge "virus" quarda 1 'Mail Virus Scan: Virus found (ExitCode: 7)' "$evil"
 grep -q 'b@else.example' "$base/hooked" || fail "the hook did not run"
 judge "plug-in" quarda 1 'Mails from "spam.example" are blocked' 'From: c@spam.example\n\ngood\n'
 
+# The last bytes of a log that may not grow: a part of an entry must not stay. The limit is one of
+# this system, so that the engine for Windows can be shown it only here.
+printf '%b' "$good" >"$work/in_1 a.inp"
+line=$(printf 'x%.0s' {1..98})
+for ((i = 0; i < 655; ++i)); do printf '%s\r\n' "$line"; done >"$work/full.log"
+cp "$work/full.log" "$base/Quarda.log"
+(
+  trap '' XFSZ
+  ulimit -f 64
+  run "$base/quarda.exe" "$(windows "$work/in_1 a.inp")" || true
+)
+cmp "$work/full.log" "$base/Quarda.log" || fail "a part of an entry stays in a full log"
+
 judge "client without an engine" quarda-request 0 'Quarda finished' "$good"
 # Without the host program a client that is not served cannot scan by itself.
 mv "$base/quarda.exe" "$base/engine.exe"

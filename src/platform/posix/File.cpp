@@ -81,13 +81,16 @@ int Open(std::string_view path, TOpenMode mode) {
 
 }  // namespace
 
-TFile::TFile(std::string_view path, TOpenMode mode) : handle_(-1), path_(path) {
+TFile::TFile(std::string_view path, TOpenMode mode)
+    : handle_(-1), appends_(mode == TOpenMode::kAppend), path_(path) {
   handle_ = Open(path, mode);
   if (handle_ < 0) Raise(path_);
 }
 
 TFile::TFile(TFile&& other) noexcept
-    : handle_(std::exchange(other.handle_, -1)), path_(std::move(other.path_)) {}
+    : handle_(std::exchange(other.handle_, -1)),
+      appends_(other.appends_),
+      path_(std::move(other.path_)) {}
 
 TFile::~TFile() {
   if (handle_ >= 0) CloseFile(static_cast<int>(handle_));
@@ -106,7 +109,8 @@ size_t TFile::Read(void* buffer, size_t size) {
 }
 
 void TFile::Write(const void* data, size_t size) {
-  if (WriteOrTakeBack(static_cast<int>(handle_), data, size) != 0) Raise(path_);
+  const auto write = appends_ ? WriteOrTakeBack : WriteAll;
+  if (write(static_cast<int>(handle_), data, size) != 0) Raise(path_);
 }
 
 void TFile::Seek(uint64_t offset) {

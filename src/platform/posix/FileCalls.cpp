@@ -70,7 +70,7 @@ int WriteOrTakeBack(int file, const void* data, size_t size) noexcept {
   const size_t written = WritePart(file, data, size);
   if (written == size) return 0;
   const int code = errno;
-  if (written > 0 && (::fcntl(file, F_GETFL) & O_APPEND) != 0) TakeBack(file, written);
+  if (written > 0) TakeBack(file, written);
   errno = code;
   return -1;
 }

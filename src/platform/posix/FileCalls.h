@@ -22,7 +22,7 @@ ssize_t ReadSomeAt(int file, void* buffer, size_t size, uint64_t offset) noexcep
 ssize_t WriteSome(int file, const void* data, size_t size) noexcept;
 /// Writes everything; 0 or -1.
 int WriteAll(int file, const void* data, size_t size) noexcept;
-/// The same. In a file opened for appending, what was written before a failure is taken back,
+/// The same for a file opened for appending: what was written before a failure is taken back,
 /// unless somebody has written behind it.
 int WriteOrTakeBack(int file, const void* data, size_t size) noexcept;
 int SeekFile(int file, uint64_t offset) noexcept;

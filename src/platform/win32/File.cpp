@@ -40,14 +40,17 @@ constexpr intptr_t kNone = -1;
 
 }  // namespace
 
-TFile::TFile(std::string_view path, TOpenMode mode) : handle_(kNone), path_(path) {
+TFile::TFile(std::string_view path, TOpenMode mode)
+    : handle_(kNone), appends_(mode == TOpenMode::kAppend), path_(path) {
   const std::optional<std::string> name = SystemPath(path);
   if (name) handle_ = reinterpret_cast<intptr_t>(Open(*name, mode));
   if (handle_ == kNone) Raise(path_);
 }
 
 TFile::TFile(TFile&& other) noexcept
-    : handle_(std::exchange(other.handle_, kNone)), path_(std::move(other.path_)) {}
+    : handle_(std::exchange(other.handle_, kNone)),
+      appends_(other.appends_),
+      path_(std::move(other.path_)) {}
 
 TFile::~TFile() {
   if (handle_ != kNone) ::CloseHandle(Handle(handle_));
@@ -67,7 +70,8 @@ size_t TFile::Read(void* buffer, size_t size) {
 }
 
 void TFile::Write(const void* data, size_t size) {
-  if (!WriteAll(Handle(handle_), data, size)) Raise(path_);
+  const auto write = appends_ ? WriteOrTakeBack : WriteAll;
+  if (!write(Handle(handle_), data, size)) Raise(path_);
 }
 
 void TFile::Seek(uint64_t offset) {

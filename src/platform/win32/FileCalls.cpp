@@ -1,3 +1,4 @@
+// Calls to the file system that take more than one step.
 #include "FileCalls.h"
 
 #include <sddl.h>
@@ -23,6 +24,45 @@ TDescriptor PrivateDescriptor() noexcept {
   return TDescriptor(descriptor);
 }
 
+/// How much could be written; the system's last error tells why that is not all.
+size_t WritePart(HANDLE file, const void* data, size_t size) noexcept {
+  const char* rest = static_cast<const char*>(data);
+  size_t done = 0;
+  while (done < size) {
+    DWORD written = 0;
+    const auto wanted = static_cast<DWORD>(std::min(size - done, kLargestTransfer));
+    if (!::WriteFile(file, rest + done, wanted, &written, nullptr)) break;
+    done += written;
+  }
+  return done;
+}
+
+/// Whether the file has these bytes from there on.
+bool Holds(HANDLE file, uint64_t offset, std::string_view bytes) noexcept {
+  char buffer[4096];
+  if (!SeekFile(file, offset)) return false;
+  for (DWORD count = 0; !bytes.empty(); bytes.remove_prefix(count)) {
+    const auto wanted = static_cast<DWORD>(std::min(bytes.size(), sizeof buffer));
+    if (!::ReadFile(file, buffer, wanted, &count, nullptr) || count == 0 ||
+        bytes.substr(0, count) != std::string_view(buffer, count)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// Cuts these bytes off the end of the file, unless another process has appended behind them. A
+/// handle that appends may do nothing else, so the file is opened once more.
+void TakeBack(HANDLE file, std::string_view bytes) noexcept {
+  if (bytes.empty()) return;
+  const THandle whole(::ReOpenFile(file, GENERIC_READ | GENERIC_WRITE, kShareAll, 0));
+  LARGE_INTEGER end{};
+  if (!whole || !::GetFileSizeEx(whole.Get(), &end)) return;
+  const auto size = static_cast<uint64_t>(end.QuadPart);
+  if (size < bytes.size() || !Holds(whole.Get(), size - bytes.size(), bytes)) return;
+  ResizeFile(whole.Get(), size - bytes.size());
+}
+
 }  // namespace
 
 HANDLE OpenFile(const std::string& path, DWORD access, DWORD disposition, DWORD sharing,
@@ -39,15 +79,16 @@ HANDLE CreatePrivateFile(const std::string& path) noexcept {
 }
 
 bool WriteAll(HANDLE file, const void* data, size_t size) noexcept {
-  const char* rest = static_cast<const char*>(data);
-  while (size > 0) {
-    DWORD written = 0;
-    const auto wanted = static_cast<DWORD>(std::min(size, kLargestTransfer));
-    if (!::WriteFile(file, rest, wanted, &written, nullptr)) return false;
-    rest += written;
-    size -= written;
-  }
-  return true;
+  return WritePart(file, data, size) == size;
+}
+
+bool WriteOrTakeBack(HANDLE file, const void* data, size_t size) noexcept {
+  const size_t written = WritePart(file, data, size);
+  if (written == size) return true;
+  const DWORD code = ::GetLastError();
+  TakeBack(file, {static_cast<const char*>(data), written});
+  ::SetLastError(code);
+  return false;
 }
 
 bool SeekFile(HANDLE file, uint64_t offset) noexcept {

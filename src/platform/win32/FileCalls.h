@@ -20,6 +20,8 @@ HANDLE OpenFile(const std::string& path, DWORD access, DWORD disposition, DWORD 
 /// A new file for writing that this user, the administrators and the system may read.
 HANDLE CreatePrivateFile(const std::string& path) noexcept;
 bool WriteAll(HANDLE file, const void* data, size_t size) noexcept;
+/// Writes to a file that only takes bytes at its end; when they do not all fit, none stay.
+bool WriteOrTakeBack(HANDLE file, const void* data, size_t size) noexcept;
 bool SeekFile(HANDLE file, uint64_t offset) noexcept;
 /// Leaves the position at the end.
 bool ResizeFile(HANDLE file, uint64_t size) noexcept;
