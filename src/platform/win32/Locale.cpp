@@ -1,3 +1,6 @@
+// The number format of the user. Letter case and comparison do not ask the system: its own rules
+// change with the language of the user (some pass over hyphens, some take "ss" for one letter), and
+// settings, names and checks must mean the same everywhere.
 #include "CodePage.h"
 #include "System.h"
 

@@ -1,6 +1,9 @@
-// What only this system has: batch files, exceptions that end a program, names of devices.
+// What only this system has: batch files, its shell, exceptions that end a program, names of
+// devices.
 #include <PlatformError.h>
 #include <Process.h>
+#include <Shell.h>
+#include <windows.h>
 
 #include "TestFolder.h"
 
@@ -36,6 +39,27 @@ TEST_F(Win32, BatchFilesGetTheirArgumentsAsTheyAre) {
     EXPECT_EQ(seen, row.seen + '|') << row.given;
   }
   EXPECT_THROW(Run(batch + " \"a\nb\""), EPlatformError);
+}
+
+/// What the shell says of a program agrees with the headers, which are read when the question is
+/// asked for another name.
+TEST_F(Win32, TheShellKnowsThePrograms) {
+  constexpr uint32_t kPortable = 'P' | 'E' << 8;
+  char folder[MAX_PATH];
+  ASSERT_NE(::GetSystemDirectoryA(folder, sizeof folder), 0u);
+  const std::string system(folder);
+  const struct {
+    std::string program;
+    bool graphical;
+  } kRows[] = {{WindowsPath(QD_TEST_PROGRAM), false},
+               {system + "\\cmd.exe", false},
+               {system + "\\notepad.exe", true}};
+  for (const auto& row : kRows) {
+    const uint32_t type = ExecutableType(row.program);
+    EXPECT_EQ(type & 0xFFFF, kPortable) << row.program;
+    EXPECT_EQ(type >> 16 != 0, row.graphical) << row.program;
+    EXPECT_EQ(ExecutableType(row.program, "a.scr"), type) << row.program;
+  }
 }
 
 TEST_F(Win32, AnExceptionIsNoExitCode) {
