@@ -1,3 +1,4 @@
+// The console device of the process, and the beep.
 #include "Console.h"
 
 #include "System.h"

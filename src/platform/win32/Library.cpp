@@ -1,3 +1,4 @@
+// Libraries are loaded by their full path only, so that the system searches no folder for them.
 #include "Library.h"
 
 #include "Files.h"

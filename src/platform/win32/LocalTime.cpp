@@ -1,3 +1,4 @@
+// Local time and file times, by the calls with which the system shows them.
 #include "LocalTime.h"
 
 namespace quarda::platform {

@@ -1,3 +1,4 @@
+// Paths need no translation here; what is kept out are names that open a device instead of a file.
 #include "Paths.h"
 
 #include "Files.h"

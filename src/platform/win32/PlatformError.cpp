@@ -1,3 +1,4 @@
+// The system's error codes and their texts.
 #include "PlatformError.h"
 
 #include "System.h"

@@ -1,3 +1,4 @@
+// This program, its modules and its arguments.
 #include "Program.h"
 
 #include "CodePage.h"

@@ -1,3 +1,4 @@
+// Raw data in the module that holds this code, which may be the engine or a test program.
 #include "RawResource.h"
 
 #include <string>
