@@ -3,7 +3,9 @@
 // which only the system's own calls can do.
 //
 // Usage: bench_process FOLDER
-//   FOLDER  holds the installations default, checking, logging and plugin, and the folder mails
+//   FOLDER  holds the installations default, checking, logging, scanner (that one runs /bin/true as
+//   a
+//           scanner) and plugin, and the folder mails
 #include <CommandLauncher.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -13,6 +15,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <string>
@@ -124,6 +127,46 @@ void MeasurePlugin(const std::string& without, const std::string& with, const st
       {"quarda without it", Milliseconds(Median(plain)), Times(Median(plain) / Median(bare)), "-"});
   PrintRow({"the plug-in adds", Milliseconds(added), Times(added / Median(bare)),
             "at most " + Times(0.3)});
+}
+
+/// The scanner's own processor time counts on both sides.
+void MeasureScanner(const std::string& without, const std::string& with, const std::string& mail) {
+  std::vector<double> apart;
+  std::vector<double> together;
+  for (int run = 0; run < kRuns; ++run) {
+    apart.push_back(Run({"/bin/true"}).cpuSeconds + Run({without, mail}).cpuSeconds);
+    together.push_back(Run({with, mail}).cpuSeconds);
+  }
+  PrintTitle("With a scanner, 20 KB mail: processor time, median of " + std::to_string(kRuns) +
+             " runs");
+  PrintRow({"", "ms", "x apart", "goal"});
+  PrintRow({"/bin/true and quarda apart", Milliseconds(Median(apart)), Times(1), "-"});
+  PrintRow({"quarda runs /bin/true", Milliseconds(Median(together)),
+            Times(Median(together) / Median(apart)), "at most " + Times(1.5)});
+}
+
+/// Both write the attached mail and the attachment inside it to files.
+void MeasureUnpacking(const std::string& quarda, const std::string& folder) {
+  constexpr int kUnpackings = 21;
+  const std::string ripmime = "/usr/bin/ripmime";
+  if (!std::filesystem::exists(ripmime)) return;
+  const std::string mail = folder + "/in_around.inp";
+  const std::string unpacked = folder + "/unpacked";
+  WriteFile(mail, MailAround(AttachmentMail(10 << 20, 18)));
+  std::filesystem::create_directories(unpacked);
+  std::vector<double> own;
+  std::vector<double> other;
+  for (int run = 0; run < kUnpackings; ++run) {
+    own.push_back(Run({quarda, mail}).cpuSeconds);
+    other.push_back(Run({ripmime, "--overwrite", "-i", mail, "-d", unpacked}).cpuSeconds);
+  }
+  std::filesystem::remove_all(unpacked);
+  PrintTitle("An attached mail of 10 MB, its parts written: processor time, median of " +
+             std::to_string(kUnpackings) + " runs");
+  PrintRow({"", "ms", "x ripmime", "goal"});
+  PrintRow({"ripmime", Milliseconds(Median(other)), Times(1), "-"});
+  PrintRow({"quarda", Milliseconds(Median(own)), Times(Median(own) / Median(other)),
+            "at most " + Times(0.6)});
 }
 
 double ElapsedSeconds(const std::function<void()>& work) {
@@ -250,6 +293,8 @@ int main(int argc, char** argv) {
                {"the same, every message logged", {host("logging"), medium}, 0},
                {"quarda, container, 20 of 200 KB", {quarda, container}, 8}});
   MeasurePlugin(quarda, host("plugin"), medium);
+  MeasureScanner(quarda, host("scanner"), medium);
+  MeasureUnpacking(quarda, folder);
   MeasureNestedScan(quarda, small, folder);
   MeasureAttachedMails(quarda, folder);
   // Only a container that could not be read would have been worth a line.

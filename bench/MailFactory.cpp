@@ -254,6 +254,13 @@ std::string AttachedMailsMail(size_t mails) {
   return mail + "--b--\r\n";
 }
 
+std::string MailAround(const std::string& mail) {
+  return "Subject: x\r\nMIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=around\r\n\r\n"
+         "--around\r\nContent-Type: message/rfc822; name=m.eml\r\n"
+         "Content-Disposition: attachment; filename=m.eml\r\n\r\n" +
+         mail + "\r\n--around--\r\n";
+}
+
 std::string SameAttachments(size_t n) {
   return "Subject: x\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n" +
          Repeat("--b\r\nContent-Disposition: attachment; filename=a.txt\r\n\r\nthe same\r\n", n) +

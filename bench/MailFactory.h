@@ -34,6 +34,8 @@ std::string Container(size_t files, size_t size, uint64_t seed);
 std::string ContainerMail(size_t files, size_t size, uint64_t seed);
 /// That many attached mails of one line each.
 std::string AttachedMailsMail(size_t mails);
+/// A mail with that one attached.
+std::string MailAround(const std::string& mail);
 /// That many attachments of one content.
 std::string SameAttachments(size_t n);
 /// A container of that many files of one byte.
