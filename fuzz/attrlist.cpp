@@ -31,6 +31,12 @@ void CompareList(const std::string& text) {
 
 void CompareTag(const std::string& tagText) {
   TSimpleTag simple(tagText);
+  std::pair<std::string, std::string> parts, single;
+  TagStringToComponents(tagText, parts.first, parts.second);
+  fuzz::Require(parts == SplitSimpleTag(tagText), "name and attributes");
+  TAttrList::ParseOne(parts.second, single.first, single.second);
+  const TSimpleAttr split = SplitSimpleAttr(parts.second);
+  fuzz::Require(single == std::pair(split.name, split.value), "one attribute");
   const TAttrListGuardRef tag = ParseTag(tagText, 1, 2);
   fuzz::Require(tag->GetTagName() == simple.name, "the tag's name");
   for (const TSimpleAttr& each : simple.attributes) {

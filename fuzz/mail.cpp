@@ -82,37 +82,17 @@ void EditOne(TMail& mail, uint8_t what, uint8_t which) {
   const std::vector<TMailPart*> parts = AllParts(mail);
   TMailPart& part = *parts[which % parts.size()];
   const size_t count = part.GetCount();
-  switch (what % 10) {
-    case 0:
-      part.SetContentType(what & 128 ? "image/gif" : "text/x");
-      break;
-    case 1:
-      part.SetFileName(what & 128 ? "" : "f");
-      break;
-    case 2:
-      part.GetHeader().Clear();
-      break;
-    case 3:
-      part.Add().GetHeader().Add("Content-Type", "a/b");
-      break;
-    case 4:
-      if (count > 0) part.Delete(what % count);
-      break;
-    case 5:
-      if (count > 0) part.Move(0, count - 1);
-      break;
-    case 6:
-      part.SetContent(mail::eBase64, part.GetFileContent());
-      break;
-    case 7:
-      if (parts.size() < 40) part.Assign(*parts[what % parts.size()]);
-      break;
-    case 8:
-      if (&part != &mail) mail.DeleteAttachment(part);
-      break;
-    default:
-      part.GetHeader().SetHeaderStr("Content-Disposition", "attachment");
-  }
+  const int step = what % 10;
+  if (step == 0) part.SetContentType(what & 128 ? "image/gif" : "text/x");
+  if (step == 1) part.SetFileName(what & 128 ? "" : "f");
+  if (step == 2) part.GetHeader().Clear();
+  if (step == 3) part.Add().GetHeader().Add("Content-Type", "a/b");
+  if (step == 4 && count > 0) part.Delete(what % count);
+  if (step == 5 && count > 0) part.Move(0, count - 1);
+  if (step == 6) part.SetContent(mail::eBase64, part.GetFileContent());
+  if (step == 7 && parts.size() < 40) part.Assign(*parts[what % parts.size()]);
+  if (step == 8 && &part != &mail) mail.DeleteAttachment(part);
+  if (step == 9) part.GetHeader().SetHeaderStr("Content-Disposition", "attachment");
 }
 
 }  // namespace

@@ -4,9 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -101,38 +98,6 @@ TEST(HtmlParser, AMarkMadeBetweenInstructionsEndsTheFirst) {
   parser.Next();
   EXPECT_TRUE(parser.GotoClosingTag());
   EXPECT_EQ(parser.GetTagStart() * 100 + parser.GetIndex(), 1519);
-}
-
-TEST(HtmlParser, EditsAsOneStringWouldBeEdited) {
-  static constexpr const char* kPieces[] = {
-      "<b>", "<b x='>'>", "</b>", "</B >", "<i>", "</i>", "<",   ">",     "text", "'",
-      "\"",  "<!--",      "-->",  "<?p ",  "?>",  "<?>",  "</>", "<//b>", "\n",   "<br/>"};
-  std::mt19937 random(1);
-  const auto choose = [&](size_t limit) {
-    return std::uniform_int_distribution<size_t>(0, limit - 1)(random);
-  };
-  for (int round = 0; round < 3000; ++round) {
-    std::string html;
-    // Mostly tags, in the second half of the rounds only such as do not swallow others.
-    for (size_t i = choose(40); i > 0; --i) html += kPieces[choose(round % 4 == 0 ? 20 : 6)];
-    if (round % 50 == 0) html += std::string(20000, ' ') + html;  // more than one chunk
-    PlayHtmlEdits(html, 60, choose);
-  }
-}
-
-TEST(HtmlParser, EditsRealPages) {
-  std::mt19937 random(2);
-  int pages = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(QD_TEST_DATA "/html")) {
-    std::ifstream file(entry.path(), std::ios::binary);
-    const std::string html((std::istreambuf_iterator<char>(file)), {});
-    for (int round = 0; round < 5; ++round, ++pages) {
-      PlayHtmlEdits(html, 200, [&](size_t limit) {
-        return std::uniform_int_distribution<size_t>(0, limit - 1)(random);
-      });
-    }
-  }
-  EXPECT_GE(pages, 50);
 }
 
 std::string Repeat(std::string_view text, size_t count) {

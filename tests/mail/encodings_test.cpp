@@ -1,15 +1,11 @@
-// Transfer encodings and encoded words. A slow decoder for each encoding, written from its rules
-// alone, judges the fast ones.
+// Transfer encodings and encoded words on known texts; fuzz/encodings.cpp compares the fast
+// decoders with slow ones.
 #include <BodyLines.h>
 #include <Encodings.h>
-#include <SimpleDecoders.h>
 #include <StringList.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <random>
 #include <string>
-#include <vector>
 
 namespace quarda {
 namespace {
@@ -84,111 +80,6 @@ TEST(Encodings, SmallBufferIsRefused) {
   }
 }
 
-class TRandomText {
- public:
-  size_t Number(size_t limit) { return std::uniform_int_distribution<size_t>(0, limit)(random_); }
-  /// Characters of the pool; some of them any character at all.
-  std::string Text(size_t size, std::string_view pool, size_t foreignPercent) {
-    std::string text(size, '\0');
-    for (char& c : text) {
-      c = Number(99) < foreignPercent ? static_cast<char>(Number(255))
-                                      : pool[Number(pool.size() - 1)];
-    }
-    return text;
-  }
-
- private:
-  std::mt19937 random_{20240229};
-};
-
-// Lines of one length as mailers write them, or of all lengths.
-TStringList CutIntoLines(std::string_view text, size_t column, TRandomText& random) {
-  TStringList lines;
-  while (!text.empty()) {
-    const size_t wanted = column > 0 ? column : random.Number(100);
-    const size_t size = std::min(wanted, text.size());
-    lines.Add(text.substr(0, size));
-    text.remove_prefix(size);
-  }
-  return lines;
-}
-
-std::string Decoded(TBodyLines lines, TMailEncodingType encoding) {
-  std::string target(CalcDecodeBufSize(lines.CountCharacters()), '.');  // the sanitizer watches
-  size_t length = target.size();
-  EXPECT_TRUE(DecodeLines(lines, target.data(), length, encoding));
-  return target.substr(0, length);
-}
-
-// A text is walked over as the list that it would be split into.
-void CheckUnsplit(const TStringList& lines, TMailEncodingType encoding, TRandomText& random) {
-  std::string text;
-  for (size_t i = 0; i < lines.Count(); ++i) {
-    text.append(lines[i]).append(random.Number(3) > 0 ? "\r\n" : "\n");
-  }
-  text.resize(text.size() - random.Number(std::min<size_t>(text.size(), 3)));
-  TStringList list;
-  for (std::string_view rest = text; !rest.empty();) list.AddSlice(TakeLine(rest));
-  const TBodyLines split(list), unsplit(text);
-  ASSERT_EQ(unsplit.CountLines(), list.Count());
-  ASSERT_EQ(unsplit.LastTwo(), split.LastTwo());
-  std::string joined(unsplit.Join("||", nullptr), '.');
-  unsplit.Join("||", joined.data());
-  ASSERT_EQ(joined, list.SeparateText("||"));
-  ASSERT_EQ(Decoded(unsplit, encoding), Decoded(split, encoding));
-}
-
-void CheckDecoders(const std::string& text, TMailEncodingType encoding, size_t column,
-                   TRandomText& random) {
-  const std::string expected = simple::Decode(text, encoding);
-  ASSERT_EQ(TextDecode(text, encoding), expected) << text.size();
-  const TStringList lines = CutIntoLines(text, column, random);
-  ASSERT_EQ(Decoded(TBodyLines(lines), encoding), expected)
-      << text.size() << " in columns of " << column;
-  CheckUnsplit(lines, encoding, random);
-}
-
-TEST(Encodings, FastDecodersFollowTheRules) {
-  TRandomText random;
-  for (const TMailEncodingType encoding : kEncodings) {
-    const std::string alphabet(simple::Alphabet(encoding));
-    for (size_t size = 0; size <= 300; ++size) {
-      for (const size_t column : {0u, 4u, 60u, 76u, 77u})
-        CheckDecoders(random.Text(size, alphabet, size % 3 * 5), encoding, column, random);
-    }
-    for (const size_t foreign : {0u, 1u, 50u}) {
-      const std::string text = random.Text(50000 + random.Number(9), alphabet, foreign);
-      for (const size_t column : {0u, 1u, 31u, 64u, 76u, 9000u})
-        CheckDecoders(text + "==", encoding, column, random);
-    }
-  }
-}
-
-TEST(Encodings, EveryCharacterInEveryPlace) {
-  TRandomText random;
-  for (int c = 0; c < 256; ++c) {
-    for (size_t place = 0; place < 44; ++place) {
-      std::string text(44, 'k');
-      text[place] = static_cast<char>(c);
-      CheckDecoders(text, meBase64, 44, random);
-    }
-  }
-}
-
-TEST(Encodings, RoundTrip) {
-  TRandomText random;
-  for (const TMailEncodingType encoding : kEncodings) {
-    for (size_t size = 0; size < 200; ++size) {
-      const std::string text = random.Text(size, "a", 100);
-      const std::string encoded = TextEncode(text, encoding);
-      EXPECT_EQ(encoded.size(), CalcEncodeBufSize(size));
-      // "=" is also a digit of this alphabet: at the end it counts as fill.
-      const bool endsInDigit = encoding == meUU && size % 3 == 0 && encoded.ends_with('=');
-      EXPECT_EQ(TextDecode(encoded, encoding), text.substr(0, size - (endsInDigit ? 1 : 0)));
-    }
-  }
-}
-
 const struct {
   std::string_view text, decoded, header;
 } kQuotedPrintable[] = {
@@ -208,58 +99,6 @@ TEST(QuotedPrintable, KnownTexts) {
   }
   EXPECT_EQ(AnsiToQuotedPrintable("a_b c=d\xE9\r\n\t\x7F?", true), "a=5Fb_c=3Dd=E9\r\n\t\x7F?");
   EXPECT_EQ(AnsiToQuotedPrintable("a_b c=d\x80", false), "a_b c=3Dd=80");
-}
-
-void CheckQuotedLines(TBodyLines lines, const std::string& joined) {
-  const std::string expected = simple::DecodeQuoted(joined, false);
-  ASSERT_EQ(DecodeQuotedPrintableLines(lines), expected);
-  ASSERT_EQ(DecodeQuotedPrintableLines(lines, nullptr, 0), expected.size());
-  std::string target(expected.size() / 2, '.');
-  ASSERT_EQ(DecodeQuotedPrintableLines(lines, target.data(), target.size()), expected.size());
-  ASSERT_EQ(target, expected.substr(0, target.size()));
-  const std::string behind(64, '.');
-  target = std::string(expected.size(), '\0') + behind;
-  ASSERT_EQ(DecodeQuotedPrintableLines(lines, target.data(), SIZE_MAX), expected.size());
-  ASSERT_EQ(target, expected + behind);
-}
-
-// The lines of a text that nobody has split, joined with CR LF.
-std::string Joined(TBodyLines lines) {
-  std::string joined(lines.Join("\r\n", nullptr), '\0');
-  lines.Join("\r\n", joined.data());
-  return joined;
-}
-
-void CheckQuotedPrintable(const std::string& text) {
-  for (const bool headerMode : {false, true}) {
-    ASSERT_EQ(QuotedPrintableToAnsi(text, headerMode), simple::DecodeQuoted(text, headerMode));
-  }
-  CheckQuotedLines(TBodyLines(text), Joined(TBodyLines(text)));
-  TStringList lines;
-  lines.SetText(text + "\n");
-  CheckQuotedLines(TBodyLines(lines), lines.SeparateText("\r\n"));
-}
-
-// "~" stands for a CR LF.
-std::string WithLineEnds(std::string text) {
-  for (size_t at = 0; (at = text.find('~', at)) != text.npos;) text.replace(at, 1, "\r\n");
-  return text;
-}
-
-TEST(QuotedPrintable, FastDecodersFollowTheRules) {
-  TRandomText random;
-  const std::string plain(60, 'a');
-  for (const std::string& pool :
-       {plain + "=34eE_ \r\n~", "=4\r\n _x~"s, plain + "==~~", "=~4"s, plain}) {
-    for (size_t size = 0; size <= 300; ++size)
-      CheckQuotedPrintable(WithLineEnds(random.Text(size, pool, 0)));
-    CheckQuotedPrintable(WithLineEnds(random.Text(40000, pool, 0)));  // across the ends of blocks
-    CheckQuotedPrintable(random.Text(9000, pool, 1));                 // a NUL somewhere
-  }
-  for (size_t size = 8180; size < 8200; ++size) {
-    for (const char* escape : {"=41=42", "=\n\n==x", "==41"})
-      CheckQuotedPrintable(std::string(size, 'a') + escape);
-  }
 }
 
 const struct {

@@ -21,26 +21,6 @@ struct TCheckedPage {
   friend bool operator==(const TCheckedPage&, const TCheckedPage&) = default;
 };
 
-inline THtmlLog LogInto(std::string& log) {
-  return [&log](int32_t priority, std::string_view message) {
-    log += Concat({PriNames[priority], " ", message, "\n"});
-  };
-}
-
-inline TCheckedPage RealNeutralise(const std::string& html, const THtmlRules& rules) {
-  TCheckedPage page;
-  page.text = NeutraliseHtml(html, rules, LogInto(page.log)).value_or(html);
-  return page;
-}
-
-inline TCheckedPage RealIFrames(const std::string& html, TIFrameBlockMode mode) {
-  TCheckedPage page;
-  const TIFrameResult result = BlockIFrames(html, mode, LogInto(page.log));
-  page.text = result.html.value_or(html);
-  page.isVirus = result.isVirus;
-  return page;
-}
-
 struct TSimpleWalk {
   TReferenceParser parser;
   int start = 0, end = 0;  // of the current tag when it was found
