@@ -27,10 +27,6 @@ std::string ExtractFileName(std::string_view path) {
   return std::string(path.substr(NameStart(path)));
 }
 
-std::string ExtractFilePath(std::string_view path) {
-  return std::string(path.substr(0, NameStart(path)));
-}
-
 std::string ExtractFileDir(std::string_view path) {
   std::string_view folder = path.substr(0, NameStart(path));
   const bool isRoot = folder.ends_with(":\\") || folder.ends_with("\\\\") || folder.size() == 1;

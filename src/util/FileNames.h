@@ -8,8 +8,6 @@ namespace quarda {
 
 /// What follows the last backslash or colon.
 std::string ExtractFileName(std::string_view path);
-/// Everything up to and including the last backslash or colon.
-std::string ExtractFilePath(std::string_view path);
 /// The folder without its closing backslash, which only a root ("C:\") keeps.
 std::string ExtractFileDir(std::string_view path);
 /// From the last "." to the end, dot included, in its own letter case; empty when a backslash or

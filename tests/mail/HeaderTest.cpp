@@ -117,6 +117,9 @@ TEST(Header, ReadsAndWrites) {
     EXPECT_EQ(Fields(copy), row.fields);
     EXPECT_EQ(Saved(copy).find('\t') != std::string::npos, row.fields == TTexts{"To|a,\tb"})
         << "a copy is not folded";
+    TStringList saved;
+    header.SaveToStrings(saved);
+    EXPECT_EQ(saved.Text(), row.saved);
   }
 }
 
@@ -175,6 +178,8 @@ TEST(Header, KnowsWhenItChanged) {
        "A: y\r\nB: c\r\n"},
       {"a value line", [](THeader& h) { h.GetItems(0).GetValues().SetValue("k", "v"); }, true,
        "A: x; y; k=v\r\nB: c\r\n"},
+      {"values of another", [](THeader& h) { h.GetItems(1).SetValues(h.GetItems(0).GetValues()); },
+       true, "A: x; y\r\nB: x; y\r\n"},
       {"split anew", [](THeader& h) { h.GetItems(1).SetValuesAsText(" p;q ; "); }, true,
        "A: x; y\r\nB: p; q \r\n"},
       {"looked at", [](THeader& h) { h.GetItems(0), h.GetHeaderStr("A"), h.GetHeader("Q"); }, false,

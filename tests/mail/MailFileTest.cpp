@@ -148,10 +148,6 @@ TEST_F(MailFileTest, AMailThatFailedToLoadIsNotWrittenBack) {
   mail.LoadFromFile(file_);
   EXPECT_FALSE(mail.LoadFailed());
   mail.SaveToFile(file_);
-}
-
-TEST_F(MailFileTest, TellsWhyItCannotSave) {
-  TMail mail;
   EXPECT_THROW(mail.SaveToFile(folder_.Path("none") + "\\mail"), EFileCreateError);
   EXPECT_THROW(mail.LoadFromFile(folder_.Path("none")), platform::EPlatformError);
   EXPECT_TRUE(mail.LoadFailed());

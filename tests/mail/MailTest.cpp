@@ -162,6 +162,10 @@ TEST(MailTree, ListsFollowEveryChange) {
   expect("exchanged");
   mail->DeleteAttachment(mail->GetAttachments(0));
   expect("one deleted");
+  TMemoryStream text(std::string_view("Content-Type: image/jpeg\n\nx"));
+  TTextStreamer streamer(text, TStreamerMode::kRead);
+  mail->GetParts(0).LoadFromTextStreamer(streamer);
+  expect("one read anew");
   mail->SetParts(0, *mail);
   expect("assigned from its own parent");
   mail->Delete(0);
@@ -184,6 +188,14 @@ TEST(MailTree, AssignCopiesWholeTrees) {
   EXPECT_TRUE(target.GetParts(0).GetParts(1).GetModified());
   target.Assign(target.GetParts(0));
   EXPECT_EQ(Shape(target), Shape(source->GetParts(0))) << "from below itself";
+  TMail empty;
+  target.Assign(empty);
+  EXPECT_EQ(Shape(target), "text/plain[]");
+  target.SetHeader(source->GetParts(1).GetHeader());
+  target.SetBody(source->GetParts(1).GetBody());
+  target.SetBody(target.GetBody());
+  EXPECT_EQ(target.DecodedContent(), "A");
+  EXPECT_THROW(target.GetParts(0), EListError);
 }
 
 TEST(MailTree, MarksEveryPartAboveAChange) {
@@ -212,6 +224,7 @@ TEST(MailPart, ReadsAndWritesItsFields) {
   mail->SetBoundary("");
   mail->SetFileName("f;");
   mail->SetContentID("<1>");
+  EXPECT_EQ(mail->GetContentID(), "<1>");
   EXPECT_EQ(Saved(*mail),
             "Content-Type: a=b; Text/css; name=\"m\"\r\nContent-Transfer-Encoding: BASE64; x\r\n"
             "Content-Disposition: attachment; filename=\"f;\"\r\nContent-ID: <1>\r\n\r\n");

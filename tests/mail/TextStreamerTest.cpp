@@ -3,6 +3,7 @@
 #include <TextStreamer.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -36,40 +37,35 @@ TEST(TextStreamer, SplitsAtLineFeedsOnly) {
   } kRows[] = {{"a\r\nb\nc", {"a", "b", "c"}}, {"a\rb\n", {"a\rb"}},       {"\n\n", {"", ""}},
                {"a\r\r\nb\r", {"a\r", "b\r"}}, {"\r\n--x\n", {"", "--x"}}, {"", {}}};
   for (const auto& row : kRows) {
-    ForEachKindOfStream(row.text, [&](TStream& stream) { EXPECT_EQ(Lines(stream), row.lines); });
+    ForEachKindOfStream(row.text, [&](TStream& stream) {
+      EXPECT_EQ(Lines(stream), row.lines);
+      stream.SetPosition(100);
+      EXPECT_EQ(Lines(stream).size(), 0u) << "nothing stands behind the end";
+    });
   }
 }
 
 TEST(TextStreamer, LinesAcrossBlocksStayWhole) {
   // Every position of a line end and of a boundary around the end of the first block.
   for (size_t filler = 24576 - 6; filler <= 24576 + 2; ++filler) {
-    const std::string text = std::string(filler, 'x') + "\r\n--b\r\n-\n-x\n\n--\ntail";
-    std::vector<std::string> lines;
-    std::vector<std::string> dashes;
-    std::string memory = text;
-    TStringStream reference(memory);
-    lines = Lines(reference);
-    ASSERT_EQ(lines.size(), 7u);
-    EXPECT_EQ(lines[0].size(), filler);
-    TStringStream again(memory);
-    dashes = DashLines(again);
-    ASSERT_EQ(dashes.size(), 2u);
-    EXPECT_EQ(dashes[0].substr(0, dashes[0].find(" after")), std::to_string(filler + 2) + " --b");
-    ForEachKindOfStream(text,
-                        [&](TStream& stream) { EXPECT_TRUE(Lines(stream) == lines) << filler; });
-    ForEachKindOfStream(
-        text, [&](TStream& stream) { EXPECT_TRUE(DashLines(stream) == dashes) << filler; });
+    SCOPED_TRACE(filler);
+    const std::string head = std::string(filler, 'x') + "\r\n";
+    const std::string text = head + "--b\r\n-\n-x\n\n--\ntail";
+    ForEachKindOfStream(text, [&](TStream& stream) {
+      EXPECT_TRUE(Lines(stream) == (std::vector<std::string>{std::string(filler, 'x'), "--b", "-",
+                                                             "-x", "", "--", "tail"}));
+      stream.SetPosition(0);
+      EXPECT_TRUE(DashLines(stream) ==
+                  (std::vector<std::string>{std::to_string(filler + 2) + " --b after " + head,
+                                            std::to_string(filler + 13) + " -- after -\n-x\n\n"}));
+    });
+    ForEachKindOfStream(head + "-", [&](TStream& stream) {
+      TTextStreamer streamer(stream, TStreamerMode::kRead);
+      std::string skipped;
+      EXPECT_FALSE(streamer.ReadToDashes(&skipped));
+      EXPECT_TRUE(skipped == head + "-");
+    });
   }
-}
-
-TEST(TextStreamer, FindsNothingBehindTheEnd) {
-  ForEachKindOfStream("Subject: x\r\n\r\nbody", [](TStream& stream) {
-    stream.SetPosition(100);
-    TMail mail;
-    mail.LoadFromStream(stream);
-    EXPECT_EQ(mail.GetHeader().GetCount(), 0u);
-    EXPECT_EQ(mail.GetBody().Count(), 0u);
-  });
 }
 
 template <class TAction>
@@ -106,10 +102,12 @@ TEST(TextStreamer, KeepsItsPlace) {
 class TCountingStream final : public TMemoryStream {
  public:
   void Write(const void* data, size_t size) override {
+    if (fails) throw EError("full");
     writes.push_back(size);
     TMemoryStream::Write(data, size);
   }
   std::vector<size_t> writes;
+  bool fails = false;
 };
 
 TEST(TextStreamer, WritesWhatItWasGiven) {
@@ -129,6 +127,11 @@ TEST(TextStreamer, WritesWhatItWasGiven) {
   }
   EXPECT_TRUE(stream.Content() == expected);
   for (size_t i = 0; i + 1 < stream.writes.size(); ++i) EXPECT_GE(stream.writes[i], 24576u);
+  auto owned = std::make_unique<TCountingStream>();
+  owned->fails = true;
+  TTextStreamer lost(std::move(owned), TStreamerMode::kWrite);
+  lost.Write("x");
+  EXPECT_THROW(lost.Flush(), EError) << "who does not ask is not told";
 }
 
 }  // namespace

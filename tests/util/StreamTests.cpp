@@ -3,7 +3,7 @@
 #include <Utils.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <algorithm>
 #include <memory>
 #include <random>
 #include <string>
@@ -22,27 +22,23 @@ void Compare(TStream& stream, std::string& truth, unsigned seed) {
     const std::string data(below(40), static_cast<char>('a' + step % 26));
     std::string got(data.size(), '\0');
     const size_t rest = position < truth.size() ? truth.size() - position : 0;
-    switch (below(4)) {
-      case 0:
-        stream.SetPosition(position = below(truth.size() + 20));
-        break;
-      case 1:
-        ASSERT_EQ(stream.Read(got.data(), got.size()), std::min(rest, got.size()));
-        ASSERT_EQ(got.substr(0, rest), rest > 0 ? truth.substr(position, got.size()) : "");
-        position += std::min(rest, got.size());
-        break;
-      case 2:
-        stream.Write(data.data(), data.size());
-        if (!data.empty() && truth.size() < position + data.size()) {
-          truth.resize(position + data.size());
-        }
-        if (!data.empty()) truth.replace(position, data.size(), data);
-        position += data.size();
-        break;
-      default:
-        truth.resize(below(truth.size() + 30));
-        stream.SetSize(truth.size());
-        position = std::min(position, truth.size());
+    const size_t choice = below(4);
+    if (choice == 0) stream.SetPosition(position = below(truth.size() + 20));
+    if (choice == 1) {
+      ASSERT_EQ(stream.Read(got.data(), got.size()), std::min(rest, got.size()));
+      ASSERT_EQ(got.substr(0, rest), rest > 0 ? truth.substr(position, got.size()) : "");
+      position += std::min(rest, got.size());
+    }
+    if (choice == 2) {
+      stream.Write(data.data(), data.size());
+      if (!data.empty()) truth.resize(std::max(truth.size(), position + data.size()));
+      if (!data.empty()) truth.replace(position, data.size(), data);
+      position += data.size();
+    }
+    if (choice == 3) {
+      truth.resize(below(truth.size() + 30));
+      stream.SetSize(truth.size());
+      position = std::min(position, truth.size());
     }
     ASSERT_EQ(stream.Size(), truth.size());
     ASSERT_EQ(stream.Position(), position);
@@ -61,15 +57,13 @@ TEST(Streams, BehaveLikeAString) {
   }
 }
 
-TEST(Streams, LeaveSharedBlocksAlone) {
+TEST(Streams, ReplaceFilesAsAWholeAndLeaveSharedBlocksAlone) {
   TMemoryStream stream(std::string_view("shared text"));
   const TTextBlock block = stream.Block();
   stream.Write("SHARED", 6);
   EXPECT_EQ(block.View(), "shared text");
   EXPECT_EQ(stream.View(), "SHARED text");
-}
 
-TEST(Streams, FilesAreReplacedAsAWhole) {
   const TTempFolder folder;
   const std::string path = folder.Write("f.txt", "old");
   {
@@ -80,6 +74,8 @@ TEST(Streams, FilesAreReplacedAsAWhole) {
   TReplacingFileStream finished(path);
   finished.Write("new", 3);
   EXPECT_THROW(finished.SetPosition(0), EError);
+  EXPECT_THROW(finished.SetSize(0), EError);
+  EXPECT_EQ(finished.Size(), 3u);
   finished.Commit();
   EXPECT_EQ(platform::ReadWholeFile(path), "new");
 
@@ -89,6 +85,11 @@ TEST(Streams, FilesAreReplacedAsAWhole) {
   EXPECT_EQ(file.Read(buffer, sizeof buffer), 2u);
   EXPECT_EQ(std::string_view(buffer, 2), "ew");
   EXPECT_EQ(file.Size(), 3u);
+  TFileStream cut(path, platform::TOpenMode::kAppend);
+  cut.SetPosition(3);
+  cut.SetSize(2);
+  EXPECT_EQ(cut.Position(), 2u);
+  EXPECT_EQ(platform::ReadWholeFile(path), "ne");
   EXPECT_THROW(TFileStream(folder.Path("none"), platform::TOpenMode::kRead),
                platform::EPlatformError);
 }

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
@@ -74,47 +76,21 @@ class TPlayer {
   void Step(TStringList& list, TModel& model) {
     const std::string text = Text();
     const std::string name = Text().substr(0, 1);
-    switch (Below(13)) {
-      case 0:
-        list.Add(text), model.lines.push_back(text);
-        break;
-      case 1:
-        Insert(list, model, text);
-        break;
-      case 2:
-        Delete(list, model);
-        break;
-      case 3:
-        Set(list, model, text);
-        break;
-      case 4:
-        list.SetValue(name, text), model.SetValue(name, text);
-        break;
-      case 5:
-        list.SetText(text), model.SetText(text);
-        break;
-      case 6:
-        list.SetSeparateText(text, name), model.SetSeparateText(text, name);
-        break;
-      case 7:
-        AddToItself(list, model);
-        break;
-      case 8:
-        AddLong(list, model);
-        break;
-      case 9:
-        EraseEmpty(list, model);
-        break;
-      case 10:
-        list = TStringList(list);
-        break;
-      case 11:
-        Shared(list, model);
-        break;
-      default:
-        Compare(list, model, name);
-        break;
-    }
+    const std::function<void()> steps[] = {
+        [&] { list.Add(text), model.lines.push_back(text); },
+        [&] { Insert(list, model, text); },
+        [&] { Delete(list, model); },
+        [&] { Set(list, model, text); },
+        [&] { list.SetValue(name, text), model.SetValue(name, text); },
+        [&] { list.SetText(text), model.SetText(text); },
+        [&] { list.SetSeparateText(text, name), model.SetSeparateText(text, name); },
+        [&] { AddToItself(list, model); },
+        [&] { AddLong(list, model); },
+        [&] { EraseEmpty(list, model); },
+        [&] { list = TStringList(list); },
+        [&] { Shared(list, model); },
+        [&] { Compare(list, model, name); }};
+    steps[Below(std::size(steps))]();
     ASSERT_EQ(Lines(list), model.lines);
   }
 
@@ -158,10 +134,10 @@ class TPlayer {
     model.lines.insert(model.lines.end(), copy.begin(), copy.end());
   }
 
-  void AddLong(TStringList& list, TModel& model) {  // soon enough for a compaction
+  void AddLong(TStringList& list, TModel& model) {  // and drops enough for a compaction
     list.Add("");
     model.lines.emplace_back(20000, 'x');
-    list.SetLine(list.Count() - 1, model.lines.back());
+    for (int i = 0; i < 5; ++i) list.SetLine(list.Count() - 1, model.lines.back());
   }
 
   void EraseEmpty(TStringList& list, TModel& model) {
@@ -206,18 +182,13 @@ TEST(StringList, BehavesLikePlainStrings) {
   }
 }
 
-TEST(StringList, FindsLinesWithoutCase) {
+TEST(StringList, FindsLinesWithoutCaseAndRefusesIndexesOutside) {
   TStringList list;
   list.SetText("one\r\n\xC4pfel\rTWO\n\ntwo");
-  EXPECT_EQ(Lines(list), (std::vector<std::string>{"one", "\xC4pfel", "TWO", "", "two"}));
   EXPECT_EQ(list.IndexOf("two"), 2);
   EXPECT_EQ(list.IndexOf("\xE4PFEL"), 1);
   EXPECT_EQ(list.IndexOf("tw"), -1);
-}
-
-TEST(StringList, RefusesIndexesOutside) {
-  TStringList list;
-  list.Add("x");
+  list.SetText("x");
   try {
     list.Delete(static_cast<size_t>(-1));
     FAIL();

@@ -24,6 +24,7 @@ TEST(Text, Converts) {
       {ConvHtmlToUml, "&a;&x &lt;&amp;lt;", "\xE4&x <&lt;"},
       {ConvHtmlToUml, "&nb;&oc;&e;&ec;&l;&au;&qu;", " \xF4&e;\xEA&l;\xE4&qu;"},
       {ConvHtmlToUml, "&&Auml;&Ou;&szlig;&apos", "&\xC4\xD6\xDF&apos"},
+      {ConvHtmlToUml, "&Uuml;&uuml;", "\xDC\xFC"},
       {ConvHtmlToUml, "\0&gt;\0"s, "\0>\0"s},
       {RemoveHtmlTags, "a<br>b<BR />c<br/>d", "a\r\nb\r\ncd"},
       {RemoveHtmlTags, "<a title='x>y'>t</a>u<b \"'>\">v", "tuv"},
