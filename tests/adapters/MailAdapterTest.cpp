@@ -4,11 +4,13 @@
 #include <QDStringsAdapters.h>
 #include <Streams.h>
 #include <TempFolder.h>
+#include <TestLists.h>
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 namespace quarda {
 namespace {
@@ -49,6 +51,76 @@ TEST_F(MailAdapterTest, IsOneObjectBehindAllItsInterfaces) {
   EXPECT_EQ(other->GetContentType(), "text/html");
   EXPECT_EQ(one->GetOwner()->GetCount(), 2);
   EXPECT_FALSE(mail_->GetOwner());
+}
+
+// Each operation reaches the field that it is named after.
+TEST_F(MailAdapterTest, WritesEachFieldAndReadsItBack) {
+  const auto attachment = mail_->GetParts(1).As<IMailAttachment>();
+  const TRef<IHeader> own = attachment->GetHeader();
+  const auto check = [](const auto& object, const char* text, auto get, auto set) {
+    (*object.*set)(text);
+    EXPECT_EQ((*object.*get)(), text);
+  };
+#define OF(object, text, name)                                     \
+  check(object, text, &std::decay_t<decltype(*object)>::Get##name, \
+        &std::decay_t<decltype(*object)>::Set##name)
+  OF(mail_, "f@x", From), OF(mail_, "t@x", To), OF(mail_, "c@x", Cc), OF(mail_, "b@x", Bcc);
+  OF(mail_, "s", Subject), OF(mail_, "Mon, 1 Jan 2004", Date);
+  mail_->SetMimeVersion("1.0");
+  EXPECT_EQ(mail_->GetMIMEVersion(), "1.0");
+  std::string fields;
+  for (const char* name : {"From", "To", "Cc", "Bcc", "Subject", "Date", "MIME-Version"}) {
+    fields += mail_->GetHeader()->GetHeaderStr(name).Str() + "|";
+  }
+  EXPECT_EQ(fields, "f@x|t@x|c@x|b@x|s|Mon, 1 Jan 2004|1.0|");
+  mail_->GetHeader()->SetHeaderStr("Return-Path", "<r@x>");
+  mail_->GetHeader()->SetHeaderStr("Message-ID", "<m@x>");
+  EXPECT_EQ(mail_->GetReturnPath(), "<r@x>");
+  EXPECT_EQ(mail_->GetMessageID(), "<m@x>");
+  const TRef<IStringList> list = mail_->GetBccList();
+  EXPECT_EQ(Joined(list), "b@x|");
+  list->Add("e@x");
+  mail_->SetBccList(list.Get());
+  EXPECT_EQ(mail_->GetBcc(), "b@x\r\n\te@x");
+  OF(attachment, "a/b", ContentType), OF(attachment, "image", ContentTypeType);
+  OF(attachment, "gif", ContentTypeSubType), OF(attachment, "limit", Boundary);
+  OF(attachment, "n", Name), OF(attachment, "g.gif", FileName), OF(attachment, "<1>", ContentID);
+  OF(attachment, "8bit", ContentTransferEncoding);
+  EXPECT_EQ(own->GetHeader("Content-Type")->GetValuesAsText(),
+            "image/gif; boundary=\"limit\"; name=\"n\"");
+  EXPECT_EQ(own->GetHeader("Content-Disposition")->GetValuesAsText(),
+            "attachment; filename=\"g.gif\"");
+  EXPECT_EQ(own->GetHeaderStr("Content-ID"), "<1>");
+  EXPECT_TRUE(mail_->GetMultipartSection());
+  mail_->SetMultipartSection(false);
+  EXPECT_EQ(mail_->GetMultipartSection() || attachment->IsText(), false);
+  char content[4] = {};
+  EXPECT_EQ(attachment->GetFileContent(content), 1u);
+  EXPECT_STREQ(content, "x");
+  mail_->GetParts(0)->Clear();
+  mail_->Clear();
+  EXPECT_EQ(mail_->GetCount(), 0);
+  EXPECT_EQ(mail_->GetMailFileName(), "");
+}
+
+TEST_F(MailAdapterTest, ChangesFieldsOneByOne) {
+  const TRef<IHeader> header = mail_->GetHeader();
+  const TRef<IHeaderItem> item = header->Insert(0, "X", "1");
+  EXPECT_EQ(header->IndexOf("x"), 0);
+  item->SetValuesAsText("a; b; c");
+  item->DeleteValue(1);
+  EXPECT_EQ(item->AddValue("d"), 2);
+  EXPECT_EQ(item->GetValuesAsText(), "a; c; d");
+  item->ClearValues();
+  EXPECT_EQ(item->GetCount(), 0);
+  item->SetValue("v");
+  EXPECT_EQ(header->GetHeaderStr("X"), "v");
+  EXPECT_EQ(header->Replace("X", "w")->GetValue(), "w");
+  header->Delete(0);
+  header->DeleteByName("received");
+  EXPECT_EQ(header->GetItems(0)->GetValue(), "2");
+  header->Clear();
+  EXPECT_EQ(header->GetCount(), 0);
 }
 
 TEST_F(MailAdapterTest, ShowsFieldsAsLists) {
@@ -135,8 +207,7 @@ TEST_F(MailAdapterTest, APartIsNoMail) {
   EXPECT_FALSE(part->GetAttachments(0));
   EXPECT_FALSE(part->GetToList());
   EXPECT_EQ(part->GetHeader()->GetCount(), 1);
-  const TRef<IStringList> list = NewStringListAdatper();
-  list->Add("J <j@b>");
+  const TRef<IStringList> list = ListOf({"J <j@b>"});
   part->ExtractEmailAddresses(list.Get());
   EXPECT_EQ(list->GetStrings(0), "J <j@b>");
   EXPECT_EQ(part->ExtractEmailAddress("J <j@b>"), "j@b");

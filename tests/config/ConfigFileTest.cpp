@@ -29,22 +29,10 @@ TEST(ConfigFile, ReadsNumbers) {
     const char* text;
     int32_t number;  // 77: the default
     bool truth;      // with the default true
-  } rows[] = {{"5", 5, true},
-              {"0", 0, false},
-              {"-3", -3, true},
-              {"+4", 4, true},
-              {" 6 ", 6, true},
-              {"0x1F", 31, true},
-              {"0X0", 0, false},
-              {"0xFFFFFFFF", -1, true},
-              {"", 77, true},
-              {"0x", 77, true},
-              {"yes", 77, true},
-              {"1a", 77, true},
-              {"2147483647", INT32_MAX, true},
-              {"2147483648", 77, true},
-              {"-2147483648", INT32_MIN, true},
-              {"0x123456789", 77, true}};
+  } rows[] = {
+      {"0", 0, false},  {" 6 ", 6, true},        {"0X0", 0, false},
+      {"", 77, true},   {"yes", 77, true},       {"0xFFFFFFFF", -1, true},
+      {"1a", 77, true}, {"2147483648", 77, true}};  // the rest stands in the tests of the texts
   for (const auto& row : rows) {
     file->WriteString("s", "k", row.text);
     EXPECT_EQ(file->ReadInteger("s", "k", 77), row.number) << row.text;

@@ -1,32 +1,18 @@
-// A base folder for tests, and an application that knows only where it is.
+// A base folder for tests, and the settings in it.
 #pragma once
 
 #include <QDConfig.h>
 #include <TempFolder.h>
+#include <TestApp.h>
 #include <TestLists.h>
 
 #include <string>
-#include <utility>
 
 namespace quarda {
 
-class TFolderApp final : public TRefCounted<IQuardaApp> {
- public:
-  explicit TFolderApp(std::string path) : path_(std::move(path)) {}
-  TRef<IConfig> QDCALL GetConfig() override { return {}; }
-  int32_t QDCALL GetInstanceCount() override { return 0; }
-  TRef<IQuardaInstance> QDCALL GetInstances(int32_t) override { return {}; }
-  AnsiString QDCALL GetQuardaPath() override { return path_; }
-  TRef<IPluginList> QDCALL GetPlugins() override { return {}; }
-  int32_t QDCALL RunInstance(const AnsiString&) override { return 0; }
-
- private:
-  const std::string path_;
-};
-
 class TConfigFolder : public TTempFolder {
  public:
-  const TRef<TFolderApp> app = MakeRef<TFolderApp>(Path());
+  const TRef<TTestAppBase> app = MakeRef<TTestAppBase>(Path());
 
   TRef<IConfigFile> Open(const char* name = "a.ini") const {
     return TRef<IConfigFile>(MakeRef<TConfigFile>(name, app.Get()));

@@ -16,135 +16,82 @@
 namespace quarda {
 namespace {
 
-const char kFresh[] =
-    "[Common]\r\nMailCheckMode=All\r\nScanEmlAttachments=1\r\nInformOnVirus=0\r\nAdminAddress=\r\n"
-    "MaxExecWaitTime=20\r\n\r\n"
-    "[Logging]\r\nLogging=1\r\nLogMode=1\r\nLogFilePath=\r\nLogMaxFileSize=128\r\n"
-    "LogBackupFile=1\r\nLogSingleLine=1\r\nLogInOut=0\r\n\r\n"
-    "[VirusScan]\r\nCommand1=\r\nCommand1VirusExitCode=1-99\r\nCommand2=\r\n"
-    "Command2VirusExitCode=1-99\r\nMailScan=\r\nMailScanVirusExitCode=1-99\r\n"
-    "IntelliVirusScan=1\r\nScanOnlyExtensions=Off\r\n"
-    "ScanFileExts=exe/pif/com/bat/js/vbs/hta/cmd/jse/lnk/reg/wsh\r\n"
-    "NoScanFileExts=.ini/.pdf/.php/.php3/.txt\r\n\r\n"
-    "[Attachment Extensions]\r\nBlockInvalid=0\r\n"
-    "InvalidExts=exe/bat/cmd/com/hta/jse/js/lnk/pif/plx/rb0/reg/scr/shs/vbe/vbs/wsf/wsh/ttf\r\n"
-    "BlockDouble=0\r\nAllowedDoubleExts=exe/*.ace/*.rar/*.zip/tar.gz/*.tgz/*.doc/*.ppt/*.pps/"
-    "*.xls/*.txt/*.ini/*.jpg/*.jpeg/*.gif/*.png/*.bmp\r\nInvalidDoubleExts=*.exe\r\n\r\n"
-    "[Invalid Attachments Checks]\r\nBlockMode=None\r\n\r\n"
-    "[Invalid Attachments]\r\n\r\n"
-    "[text/html Checks]\r\nMakePlainText=0\r\nIFrameBlockMode=None\r\nDisableActiveX=0\r\n"
-    "DisableScripts=0\r\nCheckHtmlAttachments=1\r\n\r\n"
-    "[Subject Checks]\r\nBlockOnVirus=0\r\nWarnOnSuspicious=0\r\n\r\n"
-    "[Virus Subjects]\r\n\r\n[No Virus Subjects]\r\n\r\n"
-    "[Suspicious Subjects]\r\n\r\n[No Suspicious Subjects]\r\n\r\n"
-    "[ASmtp Checks]\r\nBlockMode=SubjectNote\r\n\r\n"
-    "[ASmtp Adresses]\r\n*@example.com\r\n*@example.org\r\n\r\n"
-    "[Scanned Text]\r\nShow=0\r\nText=This mail has passed a server-based virus scan.\r\n"
-    "XHeader=Append\r\nPlainTextFormat=\r\nHtmlTextFormat=\r\nOnlyWithVirusScan=1\r\n\r\n"
-    "[Plugins]\r\n\r\n"
-    "[Red Alert]\r\nVirusMailCount=0\r\nMinuteSpan=120\r\nAction=\r\n\r\n";
-
 TEST(Settings, AFreshFileHoldsEveryDefault) {
   const TConfigFolder folder;
   const auto config = folder.OpenSettings();
-  EXPECT_EQ(folder.Read("Quarda.ini"), kFresh) << "written when the file is missing";
+  EXPECT_EQ(folder.Read("Quarda.ini"),
+            platform::ReadWholeFile(platform::WindowsPath(QD_TEST_DATA "/config/fresh.ini")))
+      << "written when the file is missing";
   EXPECT_EQ(config->GetSpamFilterExitCode(), "1-99");
   EXPECT_EQ(config->GetSpamFilterMailAddress(), "spam@localhost");
   EXPECT_EQ(config->GetSpamFilter(), "");
 }
+
+template <class TGet, class TSet>
+struct TAccessors {
+  const char* name;
+  TGet get;
+  TSet set;
+};
+template <class TGet, class TSet>
+TAccessors(const char*, TGet, TSet) -> TAccessors<TGet, TSet>;
 
 // Every value differs from its default, so an accessor of the wrong key or form shows.
 TEST(Settings, EveryAccessorWritesAndReadsItsOwnKey) {
   const TConfigFolder folder;
   const auto config = folder.OpenSettings();
   std::vector<std::string> seen;
-  const auto check = [&](const char* name, std::string_view inFile, auto value, auto get,
-                         auto set) {
-    const TSetting* row = nullptr;
-    for (const TSetting& setting : catalogue::kSettings) {
-      if (setting.name == name) row = &setting;
-    }
-    ASSERT_NE(row, nullptr) << name;
-    (config.Get()->*set)(value);
+  const auto check = [&](const auto& own, std::string_view inFile, auto value) {
+    const auto row = std::ranges::find(catalogue::kSettings, own.name, &TSetting::name);
+    ASSERT_NE(row, std::end(catalogue::kSettings)) << own.name;
+    (config.Get()->*own.set)(value);
     const AnsiString key(row->key), section(row->section);
     EXPECT_EQ(row->key.empty() ? Joined(config->ReadSection(section))
                                : config->ReadString(section, key, "missing").Str(),
               inFile)
-        << name;
-    const auto read = (config.Get()->*get)();
+        << own.name;
+    const auto read = (config.Get()->*own.get)();
     if constexpr (std::is_same_v<decltype(value), IStringList*>) {
-      EXPECT_EQ(Joined(read), Joined(TRef<IStringList>(value))) << name;
+      EXPECT_EQ(Joined(read), Joined(TRef<IStringList>(value))) << own.name;
     } else {
-      EXPECT_EQ(read, value) << name;
+      EXPECT_EQ(read, value) << own.name;
     }
-    seen.push_back(name);
+    seen.push_back(own.name);
   };
   const auto items = ListOf({"one", "two"});
-#define CHECK(name, inFile, value) \
-  check(#name, inFile, value, &IConfig::Get##name, &IConfig::Set##name)
-#define CHECK_BOOL(name)   \
-  CHECK(name, "0", false); \
-  CHECK(name, "1", true)
-#define CHECK_TEXT(name) CHECK(name, "my " #name, AnsiString("my " #name))
-#define CHECK_ITEMS(name) CHECK(name, "one/two", items.Get())
-#define CHECK_LINES(name) CHECK(name, "one|two|", items.Get())
-  CHECK(MailCheckMode, "Incomming", mcmIncomming);
-  CHECK_BOOL(ScanEmlAttachments);
-  CHECK(MaxExecWaitTime, "-7", -7);
-  CHECK_BOOL(InformOnVirus);
-  CHECK_TEXT(AdminAddress);
-  CHECK_BOOL(Logging);
-  CHECK(LogMode, "4", 4);
-  CHECK_TEXT(LogFilePath);
-  CHECK(LogMaxFileSize, "4294967295", UINT32_MAX);
-  CHECK_BOOL(LogBackupFile);
-  CHECK_BOOL(LogSingleLine);
-  CHECK_BOOL(LogInOut);
-  CHECK_TEXT(VirusScan);
-  CHECK_TEXT(VirusScanExitCode);
-  CHECK_TEXT(VirusScan2);
-  CHECK_TEXT(VirusScan2ExitCode);
-  CHECK_TEXT(MailVirusScan);
-  CHECK_TEXT(MailVirusScanExitCode);
-  CHECK_BOOL(IntelliVirusScan);
-  CHECK(ScanOnlyExtensions, "NotExt", soeNotExt);
-  CHECK_ITEMS(VirusScanFileExts);
-  CHECK_ITEMS(NoVirusScanFileExts);
-  CHECK_TEXT(SpamFilter);
-  CHECK_TEXT(SpamFilter2);
-  CHECK_TEXT(SpamFilterExitCode);
-  CHECK_TEXT(SpamFilter2ExitCode);
-  CHECK_TEXT(SpamFilterMailAddress);
-  CHECK_BOOL(BlockInvalidAttachmentExts);
-  CHECK_ITEMS(InvalidAttachmentExts);
-  CHECK_BOOL(BlockOnDoubleAttachmentExts);
-  CHECK_ITEMS(AllowedDoubleAttachmentExts);
-  CHECK_ITEMS(InvalidDoubleAttachmentExts);
-  CHECK(BlockInvalidAttachments, "Remove", abmRemove);
-  CHECK_LINES(InvalidAttachments);
-  CHECK_BOOL(MakePlainText);
-  CHECK(BlockIFrames, "CommentHttp", ibmCommentHttp);
-  CHECK_BOOL(DisableActiveX);
-  CHECK_BOOL(DisableScripts);
-  CHECK_BOOL(CheckHtmlAttachments);
-  CHECK_BOOL(BlockOnVirusSubjects);
-  CHECK_LINES(VirusSubjects);
-  CHECK_LINES(NoVirusSubjects);
-  CHECK_BOOL(WarnOnSuspiciousSubjects);
-  CHECK_LINES(SuspiciousSubjects);
-  CHECK_LINES(NoSuspiciousSubjects);
-  CHECK(ASmtpBlockMode, "MarkAsVirus", asbmMarkAsVirus);
-  CHECK_LINES(ASmtpAdresses);
-  CHECK_BOOL(ShowScannedText);
-  CHECK_TEXT(ScannedText);
-  CHECK(ScannedTextAsXHeader, "Both", stxhBoth);
-  CHECK_TEXT(ScannedTextPlainTextFormat);
-  CHECK_TEXT(ScannedTextHtmlTextFormat);
-  CHECK_BOOL(ScannedTextOnlyWithVirusScan);
-  CHECK_LINES(PluginList);
-  CHECK(RedAlertVirusMailCount, "2", 2);
-  CHECK(RedAlertMinuteSpan, "1", 1);
-  CHECK_TEXT(RedAlertAction);
+  const auto text = [&](const auto& own) {
+    check(own, std::string("my ") + own.name, AnsiString(std::string("my ") + own.name));
+  };
+  const auto truth = [&](const auto& own) { check(own, "0", false), check(own, "1", true); };
+  const auto slashes = [&](const auto& own) { check(own, "one/two", items.Get()); };
+  const auto lines = [&](const auto& own) { check(own, "one|two|", items.Get()); };
+  const auto each = [](const auto& checks, const auto&... accessors) { (checks(accessors), ...); };
+#define OF(name) TAccessors{#name, &IConfig::Get##name, &IConfig::Set##name}
+  each(truth, OF(ScanEmlAttachments), OF(InformOnVirus), OF(Logging), OF(LogBackupFile),
+       OF(LogSingleLine), OF(LogInOut), OF(IntelliVirusScan), OF(BlockInvalidAttachmentExts),
+       OF(BlockOnDoubleAttachmentExts), OF(MakePlainText), OF(DisableActiveX), OF(DisableScripts),
+       OF(CheckHtmlAttachments), OF(BlockOnVirusSubjects), OF(WarnOnSuspiciousSubjects),
+       OF(ShowScannedText), OF(ScannedTextOnlyWithVirusScan));
+  each(text, OF(AdminAddress), OF(LogFilePath), OF(VirusScan), OF(VirusScanExitCode),
+       OF(VirusScan2), OF(VirusScan2ExitCode), OF(MailVirusScan), OF(MailVirusScanExitCode),
+       OF(SpamFilter), OF(SpamFilter2), OF(SpamFilterExitCode), OF(SpamFilter2ExitCode),
+       OF(SpamFilterMailAddress), OF(ScannedText), OF(ScannedTextPlainTextFormat),
+       OF(ScannedTextHtmlTextFormat), OF(RedAlertAction));
+  each(slashes, OF(VirusScanFileExts), OF(NoVirusScanFileExts), OF(InvalidAttachmentExts),
+       OF(AllowedDoubleAttachmentExts), OF(InvalidDoubleAttachmentExts));
+  each(lines, OF(InvalidAttachments), OF(VirusSubjects), OF(NoVirusSubjects),
+       OF(SuspiciousSubjects), OF(NoSuspiciousSubjects), OF(ASmtpAdresses), OF(PluginList));
+  check(OF(MailCheckMode), "Incomming", mcmIncomming);
+  check(OF(MaxExecWaitTime), "-7", -7);
+  check(OF(LogMode), "4", 4);
+  check(OF(LogMaxFileSize), "4294967295", UINT32_MAX);
+  check(OF(ScanOnlyExtensions), "NotExt", soeNotExt);
+  check(OF(BlockInvalidAttachments), "Remove", abmRemove);
+  check(OF(BlockIFrames), "CommentHttp", ibmCommentHttp);
+  check(OF(ASmtpBlockMode), "MarkAsVirus", asbmMarkAsVirus);
+  check(OF(ScannedTextAsXHeader), "Both", stxhBoth);
+  check(OF(RedAlertVirusMailCount), "2", 2);
+  check(OF(RedAlertMinuteSpan), "1", 1);
   std::sort(seen.begin(), seen.end());
   seen.erase(std::unique(seen.begin(), seen.end()), seen.end());
   EXPECT_EQ(seen.size(), std::size(catalogue::kSettings));
@@ -156,19 +103,15 @@ TEST(Settings, EveryAccessorWritesAndReadsItsOwnKey) {
 // What a line of an old file becomes, and what stands in its place after a rebuild.
 TEST(Settings, ReadAndRebuildByTheirRules) {
   using TGet = std::string (*)(IConfig&);
-  const TGet mode = [](IConfig& c) { return std::to_string(c.GetMailCheckMode()); };
-  const TGet wait = [](IConfig& c) { return std::to_string(c.GetMaxExecWaitTime()); };
-  const TGet logMode = [](IConfig& c) { return std::to_string(c.GetLogMode()); };
-  const TGet size = [](IConfig& c) { return std::to_string(c.GetLogMaxFileSize()); };
-  const TGet only = [](IConfig& c) { return std::to_string(c.GetScanOnlyExtensions()); };
-  const TGet exts = [](IConfig& c) { return Joined(c.GetVirusScanFileExts()); };
-  const TGet code = [](IConfig& c) { return c.GetVirusScanExitCode().Str(); };
-  const TGet count = [](IConfig& c) { return std::to_string(c.GetRedAlertVirusMailCount()); };
-  const TGet span = [](IConfig& c) { return std::to_string(c.GetRedAlertMinuteSpan()); };
-  const TGet admin = [](IConfig& c) { return c.GetAdminAddress().Str(); };
-  const TGet text = [](IConfig& c) { return c.GetScannedText().Str(); };
-  const TGet smtp = [](IConfig& c) { return Joined(c.GetASmtpAdresses()); };
-  const TGet virus = [](IConfig& c) { return Joined(c.GetVirusSubjects()); };
+#define NUMBER(name) [](IConfig& c) { return std::to_string(c.Get##name()); }
+#define TEXT(name) [](IConfig& c) { return c.Get##name().Str(); }
+#define ITEMS(name) [](IConfig& c) { return Joined(c.Get##name()); }
+  const TGet mode = NUMBER(MailCheckMode), wait = NUMBER(MaxExecWaitTime),
+             logMode = NUMBER(LogMode), size = NUMBER(LogMaxFileSize),
+             only = NUMBER(ScanOnlyExtensions), count = NUMBER(RedAlertVirusMailCount),
+             span = NUMBER(RedAlertMinuteSpan), code = TEXT(VirusScanExitCode),
+             admin = TEXT(AdminAddress), text = TEXT(ScannedText), exts = ITEMS(VirusScanFileExts),
+             smtp = ITEMS(ASmtpAdresses), virus = ITEMS(VirusSubjects);
   const struct {
     const char* before;
     TGet get;
@@ -238,13 +181,6 @@ TEST(Settings, SettersCorrectWhatTheyWrite) {
   EXPECT_TRUE(config->SectionExists("Plugins"));
 }
 
-TEST(Settings, ReadingANegativeLogModeWritesItBack) {
-  const TConfigFolder folder;
-  folder.Write("Quarda.ini", "[Logging]\nLogMode=-4\n");
-  folder.OpenSettings()->GetLogMode();
-  EXPECT_EQ(folder.Read("Quarda.ini"), "[Logging]\r\nLogMode=0\r\n\r\n");
-}
-
 TEST(Settings, ARebuildKeepsWhatIsNotItsOwn) {
   const TConfigFolder folder;
   EXPECT_EQ(folder.Rebuilt("[My Plugin]\nk=1\n[SpamFilter]\nExitCode=\n[Plugins]\np.dll\n")
@@ -262,17 +198,16 @@ TEST(Settings, ARebuildKeepsWhatIsNotItsOwn) {
   EXPECT_EQ(folder.Rebuilt(again), again);
 }
 
-TEST(Settings, OpenOtherFilesInTheBaseFolder) {
+TEST(Settings, OpenTheirFiles) {
   const TConfigFolder folder;
+  folder.Write("Quarda.ini", "[Logging]\nLogMode=-4\n");
+  folder.OpenSettings()->GetLogMode();
+  EXPECT_EQ(folder.Read("Quarda.ini"), "[Logging]\r\nLogMode=0\r\n\r\n") << "corrected at once";
   folder.Write("other.ini", "[s]\nk=1\n");
   const auto other = folder.OpenSettings()->OpenConfigFile("other.ini");
   EXPECT_EQ(other->ReadInteger("s", "k", 0), 1);
   EXPECT_EQ(other.As<IConfig>(), nullptr);
   EXPECT_NE(folder.OpenSettings().As<IConfigFile>(), nullptr);
-}
-
-TEST(Settings, AFailedRebuildIsReported) {
-  const TConfigFolder folder;
   EXPECT_THROW(MakeRef<TConfig>("missing\\Quarda.ini", folder.app.Get()), platform::EPlatformError);
 }
 

@@ -1,6 +1,7 @@
 // What crosses the boundary to outside plug-ins: identities, ordinals, strings, references.
 #include <CurrentApp.h>
 #include <QDIntf.h>
+#include <TestApp.h>
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -76,12 +77,6 @@ TEST(Contract, EveryInterfaceKeepsItsIdentity) {
       {"{9C7DA524-0F29-4876-882A-D06C2C98197D}", IQuardaInstanceEx::kGuid},
   };
   for (const auto& row : rows) EXPECT_EQ(TextOf(row.guid), row.text);
-}
-
-TEST(Contract, PrioritiesHaveTheirNames) {
-  const char* const names[] = {"Error", "Warning", "Extended", "Passed", "Debug", ""};
-  ASSERT_EQ(std::size(PriNames), std::size(names));
-  for (size_t i = 0; i < std::size(names); ++i) EXPECT_STREQ(PriNames[i], names[i]);
 }
 
 // ---- Strings
@@ -250,18 +245,8 @@ TEST(References, CountLikeValues) {
   EXPECT_EQ(deaths, 1);
 }
 
-class TIdleApp final : public TRefCounted<IQuardaApp> {
- public:
-  TRef<IConfig> QDCALL GetConfig() override { return {}; }
-  int32_t QDCALL GetInstanceCount() override { return 0; }
-  TRef<IQuardaInstance> QDCALL GetInstances(int32_t) override { return {}; }
-  AnsiString QDCALL GetQuardaPath() override { return {}; }
-  TRef<IPluginList> QDCALL GetPlugins() override { return {}; }
-  int32_t QDCALL RunInstance(const AnsiString&) override { return 0; }
-};
-
 TEST(CurrentApp, IsHeldUntilReplacedOrTheRequestEnds) {
-  const TRef<IQuardaApp> first = MakeRef<TIdleApp>(), second = MakeRef<TIdleApp>();
+  const TRef<IQuardaApp> first = MakeRef<TTestAppBase>(), second = MakeRef<TTestAppBase>();
   {
     const TCurrentAppGuard guard;
     SetQuardaApp(first);
