@@ -60,6 +60,8 @@ TEST_F(ArgumentsTest, TakesTheFirstExistingFile) {
   EXPECT_FALSE(found->GetShortFileName().IsEmpty());
   EXPECT_EQ(found->GetArgumentCount(), 4);
   EXPECT_EQ(found->GetArguments(0), "engine.exe");
+  EXPECT_TRUE(found->FindCmdLineSwitch("X", true));
+  EXPECT_FALSE(found->FindCmdLineSwitch("X", false));
   EXPECT_THROW(found->GetArguments(5), EListError);
   EXPECT_THROW(found->GetArguments(-1), EListError);
 

@@ -71,6 +71,14 @@ class TEngineTest : public testing::Test {
   std::string Mail(std::string_view name,
                    std::string_view content = "Subject: x\r\n\r\nText\r\n") const;
   void Settings(std::string_view ini) const { Write(BasePath("Quarda.ini"), ini); }
+  std::string Log() const { return Read(BasePath("Quarda.log")); }
+  bool LogHas(std::string_view text) const { return Log().find(text) != std::string::npos; }
+  /// The names of the files that fit the pattern, a blank behind each.
+  std::string NamesIn(const std::string& pattern) const {
+    std::string names;
+    for (const auto& file : platform::FindFiles(pattern)) names += file.name + " ";
+    return names;
+  }
 
   /// Runs one request for a file: a fresh application with the test's plug-ins behind the internal
   /// ones.

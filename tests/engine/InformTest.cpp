@@ -25,14 +25,7 @@ class InformTest : public TEngineTest {
     platform::RemoveFile(BasePath("Quarda.log"));
     return Scan(Mail("mails\\" + name, text));
   }
-  std::string Account() const {
-    std::string names;
-    for (const auto& file : platform::FindFiles(Path("mails\\z\\*"))) names += file.name + " ";
-    return names;
-  }
-  bool LogHas(const std::string& text) const {
-    return Read(BasePath("Quarda.log")).find(text) != std::string::npos;
-  }
+  std::string Account() const { return NamesIn(Path("mails\\z\\*")); }
 };
 
 const char kVirus[] =
@@ -42,40 +35,23 @@ const char kVirus[] =
 const char kFields[] =
     "Message-ID: <1@x>\r\nTo: User <user@home>\r\nDate: Mon, 1 Jan 2004\r\n"
     "Subject: =?iso-8859-1?Q?a=0D=0AX-Bad:_1?=\r\nContent-Type: text/html; charset=x\r\n";
-const char kReportStart[] =
-    "Message-Id: <1@x>\r\n"
-    "From: \"Quarda\" <mailer-daemon@localhost>\r\n"
-    "To: User <user@home>\r\n"
-    "Date: Mon, 1 Jan 2004\r\n"
-    "Subject: Virus: a  X-Bad: 1!\r\n"
-    "MIME-Version: 1.0\r\n"
-    "Content-Type: multipart/mixed;\r\n"
-    "    boundary=\"----=_NextPart_Quarda\"\r\n"
-    "X-Mailer: Quarda\r\n"
-    "\r\n"
-    "This is a multi-part message in MIME format.\r\n"
-    "------=_NextPart_Quarda\r\n"
-    "Content-Type: text/plain;\r\n"
-    "    charset=\"iso-8859-1\"\r\n"
-    "Content-Transfer-Encoding: 8bit\r\n"
-    "\r\n";
-const char kAttachment[] =
-    "------=_NextPart_Quarda\r\n"
-    "Content-Type: message/rfc822;\r\n"
-    "    name=\"OrginalEmail.eml\"\r\n"
-    "Content-Transfer-Encoding: 7bit\r\n"
-    "Content-Disposition: attachment;\r\n"
-    "    filename=\"OrginalEmail.eml\"\r\n"
-    "\r\n";
-const char kEnd[] = "------=_NextPart_Quarda--\r\n";
+
+/// The report with these texts in the places of its own.
+std::string Report(const std::string& text, const std::string& mail) {
+  std::string report =
+      platform::ReadWholeFile(platform::WindowsPath(QD_TEST_DATA "/inform/report.txt"));
+  report.replace(report.find("$TEXT$"), 6, text);
+  return report.replace(report.find("$MAIL$"), 6, mail);
+}
 
 TEST_F(InformTest, ReportsTheMailAndLeavesANotice) {
-  const std::string start = std::string(kReportStart);
   EXPECT_EQ(ScanText(kVirus), 0);
   EXPECT_EQ(Account(), "Admin@Home In_00001.mai ");
   EXPECT_EQ(Read(Path("mails\\z\\In_00001.mai")),
-            start + "User <user@home> has received an virus.\r\nReason: found\r\n\r\n" +
-                "original Mail-Header:\r\n" + kFields + kAttachment + kVirus + "\r\n" + kEnd);
+            Report("User <user@home> has received an virus.\r\nReason: found\r\n\r\n"
+                   "original Mail-Header:\r\n" +
+                       std::string(kFields),
+                   kVirus + std::string("\r\n")));
   EXPECT_TRUE(LogHas("Debug\tInformOnVirus\tQDVirusAdminMail.txt does not exist.\r\n"));
   EXPECT_TRUE(LogHas("InformOnVirus\tFile replaced: " + Path("mails\\in_1.inp") + "\r\n"));
   TMail notice;
@@ -90,7 +66,7 @@ TEST_F(InformTest, ReportsTheMailAndLeavesANotice) {
   const std::string whole = std::string(kVirus) + "\r\n";
   EXPECT_EQ(ScanText(whole), 0);
   EXPECT_EQ(Read(Path("mails\\z\\In_00002.mai")),
-            start + "found $nope$ " + kFields + kAttachment + whole + kEnd);
+            Report("found $nope$ " + std::string(kFields), whole));
   EXPECT_FALSE(LogHas("QDVirusAdminMail"));
 
   std::filesystem::current_path(Native() / "mails");

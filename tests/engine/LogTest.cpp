@@ -20,7 +20,6 @@ class LogTest : public TEngineTest {
     };
     Scan(mail);
   }
-  std::string Log() const { return Read(BasePath("Quarda.log")); }
 };
 
 TEST_F(LogTest, SingleLineLayout) {
@@ -64,16 +63,13 @@ TEST_F(LogTest, MultiLineLayout) {
 }
 
 TEST_F(LogTest, MultiLineHeaderComesEvenWhenTheEntryIsFiltered) {
-  ScanLogging("LogSingleLine=0\r\nLogMode=0\r\n", Mail("in_1.inp"),
-              [](IQuardaInstance& scan, IPlugin*) { scan.LogDebug(nullptr, "no"); });
-  EXPECT_EQ(Log(), "2004-05-17 14:03:59 in_1.inp\r\n");
-}
-
-TEST_F(LogTest, DebugModeShowsTheArguments) {
-  ScanLogging("LogSingleLine=0\r\nLogMode=4\r\n", Mail("in_1.inp"), [](auto&, auto*) {});
-  EXPECT_TRUE(Log().starts_with("2004-05-17 14:03:59 in_1.inp\r\n Arguments: \"" +
-                                Path("in_1.inp") + "\"\r\n"))
-      << Log();
+  const auto log = [](IQuardaInstance& scan, IPlugin*) { scan.LogDebug(nullptr, "no"); };
+  ScanLogging("LogSingleLine=0\r\nLogMode=0\r\n", Mail("in_1.inp"), log);
+  const std::string head = "2004-05-17 14:03:59 in_1.inp\r\n";
+  EXPECT_EQ(Log(), head);
+  platform::RemoveFile(BasePath("Quarda.log"));
+  ScanLogging("LogSingleLine=0\r\nLogMode=4\r\n", Path("in_1.inp"), log);
+  EXPECT_TRUE(Log().starts_with(head + " Arguments: \"" + Path("in_1.inp") + "\"\r\n")) << Log();
 }
 
 TEST_F(LogTest, MovesToTheBackupAboveTheLimit) {
@@ -90,17 +86,12 @@ TEST_F(LogTest, MovesToTheBackupAboveTheLimit) {
 }
 
 TEST_F(LogTest, GoesToTheFolderOfTheSettings) {
-  std::string folder = Path("logs");
-  platform::CreateFolders(folder);
-  ScanLogging("LogFilePath= " + folder + " \r\n", Mail("in_1.inp"),
-              [](IQuardaInstance& scan, IPlugin*) { scan.LogWarn(nullptr, "here"); });
-  EXPECT_NE(Read(folder + "\\Quarda.log").find("here"), std::string::npos);
-}
-
-TEST_F(LogTest, AnUnwritableFolderCostsOnlyTheEntry) {
-  ScanLogging("LogFilePath=" + Path("missing") + "\r\n", Mail("in_1.inp"),
-              [](IQuardaInstance& scan, IPlugin*) { scan.LogWarn(nullptr, "lost"); });
-  EXPECT_FALSE(platform::FileExists(Path("missing\\Quarda.log")));
+  const auto warn = [](IQuardaInstance& scan, IPlugin*) { scan.LogWarn(nullptr, "here"); };
+  platform::CreateFolders(Path("logs"));
+  ScanLogging("LogFilePath= " + Path("logs") + " \r\n", Mail("in_1.inp"), warn);
+  EXPECT_NE(Read(Path("logs\\Quarda.log")).find("here"), std::string::npos);
+  ScanLogging("LogFilePath=" + Path("missing") + "\r\n", Path("in_1.inp"), warn);
+  EXPECT_FALSE(platform::FileExists(Path("missing\\Quarda.log"))) << "it costs only the entry";
 }
 
 TEST(PluginColumnTest, ShowsWhereTheLibraryIs) {

@@ -11,8 +11,6 @@ namespace {
 
 class ScanTest : public TEngineTest {
  protected:
-  std::string Log() const { return Read(BasePath("Quarda.log")); }
-  bool LogHas(const std::string& text) const { return Log().find(text) != std::string::npos; }
   /// A plug-in that notes its calls in `calls_`.
   TFakePlugin& Noting(const std::string& name, bool result = true) {
     TFakePlugin& plugin = Plugin(name);
@@ -233,6 +231,11 @@ TEST_F(ScanTest, ARelativeNameIsThatOfTheSameFileEverywhere) {
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(platform::NativePath(Path("base")));
   EXPECT_EQ(Scan("in_1.inp"), 0);
+  Settings("[Logging]\r\nLogMode=4\r\n");
+  std::filesystem::create_directory(Native() / "base/mails");
+  Mail("base\\mails\\tempm");
+  EXPECT_EQ(Scan("mails\\tempm"), 0);
+  EXPECT_TRUE(LogHas("Known Ovra Server bug."));
   std::filesystem::current_path(before);
   EXPECT_TRUE(Read(mail).starts_with("Subject: changed\r\n"));
   EXPECT_EQ(Scan(Mail("a.txt")), 0);
@@ -260,6 +263,7 @@ TEST_F(ScanTest, LoadsFurtherMails) {
     EXPECT_FALSE(scan.LoadMailFromMemory("x", 0));
     EXPECT_FALSE(scan.LoadMailFromMemory(nullptr, 5));
     EXPECT_FALSE(scan.LoadMailFromFile(Path("missing.eml")));
+    EXPECT_FALSE(scan.LoadMailFromMemory("\x01: x\n", 5));
     const std::string text = "Subject: memory\r\n\r\n";
     EXPECT_EQ(scan.LoadMailFromMemory(text.data(), static_cast<int32_t>(text.size()))->GetSubject(),
               "memory");

@@ -2,6 +2,7 @@
 // call it is, each file holds its old or its new content, and the next scan works and tidies up.
 #include <Encodings.h>
 #include <FileFaults.h>
+#include <TnefBuilder.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,24 +32,6 @@ const char kReport[] = "mails/z/In_00001.mai";
 
 const char kHtml[] = "Content-Type: text/html\r\n\r\n<p>Text<script>evil()</script></p>\r\n";
 
-std::string Little(uint64_t value, int bytes) {
-  std::string text;
-  for (; bytes > 0; --bytes, value >>= 8) text += static_cast<char>(value);
-  return text;
-}
-
-/// A container with one file of one byte.
-std::string Container() {
-  const auto record = [](uint16_t attribute, const std::string& data) {
-    uint64_t sum = 0;
-    for (const char c : data) sum += static_cast<unsigned char>(c);
-    return "\x02" + Little(attribute, 2) + Little(6, 2) + Little(data.size(), 4) + data +
-           Little(sum, 2);
-  };
-  return Little(0x223E9F78, 4) + Little(1, 2) + record(0x8010, std::string("a.doc\0", 6)) +
-         record(0x800F, "x");
-}
-
 std::string Attached(const std::string& fields, const std::string& content) {
   return "--b\r\n" + fields + "\r\nContent-Transfer-Encoding: base64\r\n\r\n" +
          TextEncode(content, meBase64) + "\r\n";
@@ -64,7 +47,9 @@ std::string MailOfMails() {
   return start +
          Attached("Content-Disposition: attachment; filename=m.eml",
                   start + page + file + "--b--\r\n") +
-         Attached("Content-Type: application/ms-tnef; name=winmail.dat", Container()) + "--b--\r\n";
+         Attached("Content-Type: application/ms-tnef; name=winmail.dat",
+                  TnefContainer({{"a.doc", "x"}})) +
+         "--b--\r\n";
 }
 
 struct TCase {

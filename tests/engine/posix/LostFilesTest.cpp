@@ -61,11 +61,6 @@ class LostFilesTest : public TEngineTest {
       platform::RemoveFile(Path("mails\\z\\") + file.name);
     }
   }
-  std::string NamesIn(const std::string& pattern) const {
-    std::string names;
-    for (const auto& file : platform::FindFiles(pattern)) names += file.name + " ";
-    return names;
-  }
   /// Puts two files into quarantine, one of them read-only.
   void Quarantine() const {
     for (const std::string name : {"1", "2"}) {
