@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "TestInstance.h"
+#include "TestScan.h"
 
 namespace quarda {
 namespace {
@@ -15,12 +15,6 @@ namespace {
 struct TFixedClock final : platform::TClock {
   platform::TLocalTime Now() const override { return {.year = 2004, .month = 5, .day = 7}; }
 };
-
-TRef<IStringList> Lines(std::string_view text) {
-  const TRef<IStringList> lines = NewStringListAdatper();
-  lines->SetText(text);
-  return lines;
-}
 
 // Stamp and lists in one line; the lines of a list stand between commas.
 std::string Shown(const TClfFile& file) {
@@ -64,22 +58,23 @@ TEST_F(CheckListFile, SortsLinesIntoLists) {
   };
   for (const auto& row : rows) {
     TClfFile file(*scan_);
-    file.LoadFromStrings(Lines(row.text).Get());
+    file.LoadFromStrings(LinesOf(row.text).Get());
     EXPECT_EQ(Shown(file), row.shown) << row.row;
   }
 }
 
 TEST_F(CheckListFile, KeepsItsStampUntilTheListIsEmpty) {
-  file_.LoadFromStrings(Lines("// FileTime: then\na\n").Get());
-  file_.LoadFromStrings(Lines("b\n").Get());
+  file_.LoadFromStrings(LinesOf("// FileTime: then\na\n").Get());
+  file_.LoadFromStrings(LinesOf("b\n").Get());
   EXPECT_EQ(Shown(file_), "then|b||||");
-  file_.LoadFromStrings(Lines("").Get());
+  file_.Load(path_);  // there is none
   EXPECT_EQ(Shown(file_), "|||||");
+  EXPECT_EQ(file_.GetFileName(), path_);
 }
 
 TEST_F(CheckListFile, IsWrittenInFixedOrder) {
-  file_.LoadFromStrings(Lines("*.a=x\n[No Virus Subjects]\nn\n[Virus Subjects]\nv\n"
-                              "[Warning Subjects]\nw\n//c\n\n[No Warning Subjects]\nm")
+  file_.LoadFromStrings(LinesOf("*.a=x\n[No Virus Subjects]\nn\n[Virus Subjects]\nv\n"
+                                "[Warning Subjects]\nw\n//c\n\n[No Warning Subjects]\nm")
                             .Get());
   file_.Save(path_);
   EXPECT_EQ(platform::ReadWholeFile(path_),
@@ -97,15 +92,8 @@ TEST_F(CheckListFile, IsWrittenInFixedOrder) {
   EXPECT_THROW(file_.Save(path_ + "\\x\\y"), platform::EPlatformError);
 }
 
-TEST_F(CheckListFile, IsEmptyWhenMissing) {
-  file_.LoadFromStrings(Lines("// FileTime: then\na\n").Get());
-  file_.Load(path_);
-  EXPECT_EQ(Shown(file_), "|||||");
-  EXPECT_EQ(file_.GetFileName(), path_);
-}
-
 TEST_F(CheckListFile, LeavesOutCommentsAndBlankLines) {
-  const TRef<IStringList> list = Lines("//a\n\n b//\n \t\n  // c\n/d\n");
+  const TRef<IStringList> list = LinesOf("//a\n\n b//\n \t\n  // c\n/d\n");
   EXPECT_EQ(file_.NormalList(list.Get())->GetText(), " b//\r\n/d\r\n");
   EXPECT_EQ(list->GetCount(), 6);
   EXPECT_EQ(file_.NormalList(nullptr)->GetCount(), 0);

@@ -124,9 +124,7 @@ TRef<TTestInstance> MakeOutgoingScan(const std::string& settings, const std::str
   scan->folder.Write("b", "b1\n");
   platform::SetFileStamp(scan->folder.Path("a"),
                          platform::ToDosStamp({2004, 5, 17, 18, 30, 58, 0}));
-  const TRef<IStringList> lines = scan->NewStringList();
-  lines->SetText(InFolder(settings, scan->BaseFolder()));
-  scan->config->SetLines(lines.Get());
+  scan->config->SetLines(LinesOf(InFolder(settings, scan->BaseFolder())).Get());
   scan->fileType = ftOutMail;
   scan->mail = MailFromText(mail);
   return scan;

@@ -7,9 +7,11 @@
 #include <QDIntf.h>
 #include <QDStringsAdapters.h>
 #include <TempFolder.h>
+#include <TestApp.h>
 #include <Utils.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,31 +40,22 @@ class TTestPluginList final : public TRefCounted<IPluginList> {
   TRef<IPlugin> QDCALL FindPlugin(const AnsiString&) override { return nullptr; }
 };
 
-/// Borrows the scans; the oldest one's settings are its own. Nested scans are written down and end
-/// with `nestedResult`.
-class TTestApp final : public TRefCounted<IQuardaApp> {
+/// Borrows the scans; the settings of the oldest one are its own.
+class TTestApp final : public TTestAppBase {
  public:
-  explicit TTestApp(std::string baseFolder) : baseFolder_(std::move(baseFolder)) {}
+  using TTestAppBase::TTestAppBase;
 
   std::vector<IQuardaInstance*> instances;
   const TRef<TTestPluginList> plugins = MakeRef<TTestPluginList>();
-  std::vector<std::string> nestedScans;
-  int32_t nestedResult = 0;
+  std::function<int32_t()> nestedScan;
 
   TRef<IConfig> QDCALL GetConfig() override { return instances.at(0)->GetConfig(); }
   int32_t QDCALL GetInstanceCount() override { return static_cast<int32_t>(instances.size()); }
   TRef<IQuardaInstance> QDCALL GetInstances(int32_t index) override {
     return TRef<IQuardaInstance>(instances.at(static_cast<size_t>(index)));
   }
-  AnsiString QDCALL GetQuardaPath() override { return baseFolder_; }
   TRef<IPluginList> QDCALL GetPlugins() override { return plugins; }
-  int32_t QDCALL RunInstance(const AnsiString& commandLine) override {
-    nestedScans.push_back(commandLine.Str());
-    return nestedResult;
-  }
-
- private:
-  const std::string baseFolder_;
+  int32_t QDCALL RunInstance(const AnsiString&) override { return nestedScan(); }
 };
 
 /// The command line of a scan: one file.

@@ -6,11 +6,11 @@
 #include <QDMailAdapters.h>
 #include <Streams.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace quarda {
 
@@ -25,10 +25,12 @@ inline TRef<IMail> MailWithSubject(const std::string& subject) {
   return MailFromText("Subject: " + subject + "\n\nHello\n");
 }
 
-inline TRef<IMail> MailWithAttachments(const std::vector<std::string>& names) {
+/// The names stand between bars.
+inline TRef<IMail> MailWithAttachments(std::string_view names) {
   std::string text = "Content-Type: multipart/mixed; boundary=b\n\n";
-  for (const std::string& name : names) {
-    text += "--b\nContent-Disposition: attachment; filename=\"" + name + "\"\n\nx\n";
+  for (; !names.empty(); names.remove_prefix(std::min(names.find('|'), names.size() - 1) + 1)) {
+    text += "--b\nContent-Disposition: attachment; filename=\"";
+    text.append(names.substr(0, names.find('|'))).append("\"\n\nx\n");
   }
   return MailFromText(text + "--b--\n");
 }

@@ -35,6 +35,11 @@ class Hooks : public TProgramTest {
 };
 
 TEST_F(Hooks, RunAtTheirPoints) {
+  Scan(scan_.Get(), true);
+  EXPECT_EQ(Content("Quarda.app"),
+            "[Before All]\r\n\r\n[Before VirusScan]\r\n\r\n[After All]\r\n\r\n[Normal Exit]\r\n\r\n"
+            "[Virus Exit]\r\n\r\n");
+  EXPECT_EQ(scan_->LogText() + Content("ran"), "");
   WriteHooks(*scan_);
   Scan(scan_.Get(), true);
   const std::string common = "Before All\nBefore VirusScan\nAfter All\n";
@@ -60,14 +65,6 @@ TEST_F(Hooks, RunOneAfterTheOther) {
   scan_->fileType = ftAttachment;
   Scan(scan_.Get(), true);
   EXPECT_EQ(Content("ran"), "1\n3\n1\n2\n");
-}
-
-TEST_F(Hooks, GetAnEmptyFile) {
-  Scan(scan_.Get(), true);
-  EXPECT_EQ(Content("Quarda.app"),
-            "[Before All]\r\n\r\n[Before VirusScan]\r\n\r\n[After All]\r\n\r\n[Normal Exit]\r\n\r\n"
-            "[Virus Exit]\r\n\r\n");
-  EXPECT_EQ(scan_->LogText() + Content("ran"), "");
 }
 
 TEST_F(Hooks, OfANestedScanAreItsOwn) {

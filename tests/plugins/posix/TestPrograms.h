@@ -24,9 +24,7 @@ class TProgramTest : public testing::Test {
     scan_ = MakeScan({});
     std::string text;
     for (const char c : settings) text += c == '~' ? scan_->BaseFolder() + '\\' : std::string(1, c);
-    const TRef<IStringList> lines = scan_->NewStringList();
-    lines->SetText(text);
-    scan_->config->SetLines(lines.Get());
+    scan_->config->SetLines(LinesOf(text).Get());
     scan_->arguments->file = scan_->folder.Write("in_1.inp", "Subject: x\n\n");
     scan_->mail = MailFromText("Subject: x\n\n");
     SetQuardaApp(scan_->app);
