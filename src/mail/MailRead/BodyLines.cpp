@@ -33,7 +33,7 @@ size_t TBodyLines::CountLines() const noexcept {
 }
 
 size_t TBodyLines::CountCharacters() const noexcept {
-  if (!list_) return text_.size() - CountLineEnds(text_) - CountCrLfs(text_);
+  if (!list_) return text_.size() - CountLineEndCharacters(text_);
   size_t count = 0;
   for (size_t i = next_; i < end_; ++i) count += (*list_)[i].size();
   return count;

@@ -35,6 +35,15 @@ TBytes LineEnds(const char* at) noexcept { return Load(at) == '\n'; }
 
 TBytes CrLfs(const char* at) noexcept { return (Load(at) == '\r') & (Load(at + 1) == '\n'); }
 
+TBytes LineEndCharacters(const char* at) noexcept { return LineEnds(at) | CrLfs(at); }
+
+// Whether a character from there on, in four vectors, is a dash: a line end with two of them behind
+// it would show. Dashes are rare in most bodies, line ends are not.
+bool HasDash(const char* at) noexcept {
+  return Any((Load(at) == '-') | (Load(at + kWidth) == '-') | (Load(at + 2 * kWidth) == '-') |
+             (Load(at + 3 * kWidth) == '-'));
+}
+
 // How many places match in that many vectors, at most 255: each lane counts its own in a byte.
 template <TBytes (*Match)(const char*) noexcept>
 size_t CountInSteps(const char*& at, size_t steps) noexcept {
@@ -73,13 +82,17 @@ size_t FindPlainly(std::string_view text, size_t from) noexcept {
 }  // namespace
 
 size_t FindDashLine(std::string_view text) noexcept {
+  constexpr size_t kStep = 4 * kWidth;
   size_t i = 0;
-  while (text.size() - i >= 2 * kWidth + 2) {
+  while (text.size() - i >= kStep + 2) {
     const char* const at = text.data() + i;
-    if (Any(DashLines(at) | DashLines(at + kWidth))) break;  // it is near, and there is one
-    i += 2 * kWidth;
+    if (HasDash(at + 1) && Any(DashLines(at) | DashLines(at + kWidth) | DashLines(at + 2 * kWidth) |
+                               DashLines(at + 3 * kWidth))) {
+      break;  // it is near, and there is one
+    }
+    i += kStep;
   }
-  if (text.size() - i >= kWidth + 2 && !Any(DashLines(text.data() + i))) i += kWidth;
+  while (text.size() - i >= kWidth + 2 && !Any(DashLines(text.data() + i))) i += kWidth;
   return FindPlainly(text, i);
 }
 
@@ -92,6 +105,11 @@ size_t CountCrLfs(std::string_view text) noexcept {
   size_t count = CountInVectors<CrLfs>(text, 1);
   for (size_t at = 0; (at = text.find("\r\n", at)) != std::string_view::npos; at += 2) ++count;
   return count;
+}
+
+size_t CountLineEndCharacters(std::string_view text) noexcept {
+  const size_t count = CountInVectors<LineEndCharacters>(text, 1);
+  return count + CountLineEnds(text) + CountCrLfs(text);
 }
 
 std::string_view TakeJoined(std::string_view& text) noexcept {

@@ -16,6 +16,9 @@ size_t CountLineEnds(std::string_view text) noexcept;
 /// How many of them stand behind a CR.
 size_t CountCrLfs(std::string_view text) noexcept;
 
+/// How many characters belong to the line ends LF and CR LF: both counts in one pass.
+size_t CountLineEndCharacters(std::string_view text) noexcept;
+
 /// Cuts the first line off the text and returns it without its LF or CR LF. A lone CR is part of
 /// the line.
 inline std::string_view TakeLine(std::string_view& text) noexcept {
