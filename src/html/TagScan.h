@@ -78,9 +78,24 @@ class TTagScan {
 
   /// Behind the first ">" outside quotes from there on, or kNowhere.
   size_t FindTagEnd(size_t from) const noexcept {
+    const std::string_view view = source_.ViewFrom(from);
+    const size_t at = FindTagMark(view);
+    const bool endsThere = at < view.size() && view[at] == '>';
+    return endsThere ? from + at + 1 : FindTagEndBehindQuotes(from + at);
+  }
+
+ private:
+  static bool IsLetter(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+  static size_t FindTagMark(std::string_view view) noexcept {
+    size_t at = 0;
+    while (at < view.size() && !kTagMarks[static_cast<unsigned char>(view[at])]) ++at;
+    return at;
+  }
+
+  size_t FindTagEndBehindQuotes(size_t from) const noexcept {
     for (std::string_view view; !(view = source_.ViewFrom(from)).empty();) {
-      size_t at = 0;
-      while (at < view.size() && !kTagMarks[static_cast<unsigned char>(view[at])]) ++at;
+      const size_t at = FindTagMark(view);
       from += at;
       if (at == view.size()) continue;
       if (view[at] == '>') return from + 1;
@@ -90,9 +105,6 @@ class TTagScan {
     }
     return kNowhere;
   }
-
- private:
-  static bool IsLetter(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
   char At(size_t at) const noexcept {
     const std::string_view view = source_.ViewFrom(at);

@@ -88,11 +88,12 @@ class TTagFinder {
  public:
   TTagFinder(std::string_view html, const TElements& elements)
       : html_(html), open_(elements.size(), 0) {
+    for (const char c : {'/', '!', '?'}) kinds_[static_cast<unsigned char>(c)] = kNotPlain;
     for (const TElement* element : elements) {
       letters_.push_back(SmallLetters(element->name.data()));
       const char first = element->name.front();
       for (const char c : {first, platform::UpperAnsi(first)}) {
-        byLetter_[static_cast<unsigned char>(c)] = static_cast<uint8_t>(letters_.size());
+        kinds_[static_cast<unsigned char>(c)] = static_cast<uint8_t>(letters_.size());
       }
     }
   }
@@ -101,33 +102,45 @@ class TTagFinder {
   std::vector<TWantedTag> Find() {
     const TStringSource source(html_);
     size_t noMark = kNowhere;
-    TTagScan scan(source, noMark);
+    TScan scan(source, noMark);
     for (size_t at = 0; (at = scan.FindStart(at)) != kNowhere;) {
-      const bool closes = CharAt(at + 1) == '/';
-      const size_t nameStart = at + (closes ? 2 : 1);
-      const size_t nameEnd = nameStart + kNameSize;
-      const uint8_t element = ElementAt(nameStart);
-      // The name is known before the end of the tag, which is then often the next character.
-      const bool endsNext = element != 0 && CharAt(nameEnd) == '>';
-      const size_t end = endsNext ? nameEnd + 1 : scan.TagAt(at).end;
-      if (endsNext || (element != 0 && IsNameEnd(nameEnd, end))) {
-        Add({.start = static_cast<uint32_t>(at),
-             .end = static_cast<uint32_t>(end),
-             .element = static_cast<uint8_t>(element - 1),
-             .closes = closes});
-      }
-      at = end;
+      // Most tags are of no interest and end like any tag.
+      at = KindOf(at + 1) == 0 ? scan.FindTagEnd(at + 1) : PassTag(scan, at);
     }
     return std::move(tags_);
   }
 
  private:
+  using TScan = TTagScan<TStringSource>;
+  static constexpr uint8_t kNotPlain = UINT8_MAX;
+
   char CharAt(size_t at) const noexcept { return at < html_.size() ? html_[at] : '\0'; }
+  uint8_t KindOf(size_t at) const noexcept {
+    return kinds_[static_cast<unsigned char>(CharAt(at))];
+  }
+
+  // Notes the tag when it is wanted. Gives the place behind it.
+  size_t PassTag(TScan& scan, size_t at) {
+    const bool closes = CharAt(at + 1) == '/';
+    const size_t nameStart = at + (closes ? 2 : 1);
+    const size_t nameEnd = nameStart + kNameSize;
+    const uint8_t element = ElementAt(nameStart);
+    // The name is known before the end of the tag, which is then often the next character.
+    const bool endsNext = element != 0 && CharAt(nameEnd) == '>';
+    const size_t end = endsNext ? nameEnd + 1 : scan.TagAt(at).end;
+    if (endsNext || (element != 0 && IsNameEnd(nameEnd, end))) {
+      Add({.start = static_cast<uint32_t>(at),
+           .end = static_cast<uint32_t>(end),
+           .element = static_cast<uint8_t>(element - 1),
+           .closes = closes});
+    }
+    return end;
+  }
 
   // The element, from 1, whose name stands there; 0 for none.
   uint8_t ElementAt(size_t at) const noexcept {
-    const uint8_t element = byLetter_[static_cast<unsigned char>(CharAt(at))];
-    const bool isWhole = element != 0 && html_.size() - at >= kNameSize &&
+    const uint8_t element = KindOf(at);
+    const bool isWhole = element != 0 && element != kNotPlain && html_.size() - at >= kNameSize &&
                          SmallLetters(&html_[at]) == letters_[element - 1];
     return isWhole ? element : uint8_t{0};
   }
@@ -150,8 +163,9 @@ class TTagFinder {
   }
 
   const std::string_view html_;
-  std::vector<uint64_t> letters_;        // of the names
-  std::array<uint8_t, 256> byLetter_{};  // elements, from 1, by the first letter of the name
+  std::vector<uint64_t> letters_;  // of the names
+  // By the letter behind "<": elements, from 1, by the first letter of the name; or kNotPlain.
+  std::array<uint8_t, 256> kinds_{};
   std::vector<uint32_t> open_;  // for each element: the last start tag that nothing closed so far
   std::vector<TWantedTag> tags_ = std::vector<TWantedTag>(1);  // 0 is none
 };
