@@ -14,6 +14,7 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <deque>
 #include <utility>
 
 namespace quarda {
@@ -53,6 +54,9 @@ uint64_t SmallLetters(const char* text) noexcept {
   return (first | uint64_t{rest} << 32) | 0x202020202020u;
 }
 
+// What a renamed tag mostly grows by: its new name is longer, and so may be a class in quotes.
+constexpr size_t kGrowth = 8;
+
 // What a script may write that a page needs.
 constexpr std::string_view kWrittenElements[] = {"<object", "<iframe", "<script"};
 
@@ -65,6 +69,9 @@ struct TWantedTag {
   bool closes = false;
   bool renamed = false;
 };
+
+// It grows without moving: a page of nothing but tags fills more memory with them than it has.
+using TWantedTags = std::deque<TWantedTag>;
 
 // Whether the text goes on like that, which is in small letters.
 bool GoesOnWith(std::string_view text, size_t at, std::string_view small) {
@@ -99,7 +106,7 @@ class TTagFinder {
   }
 
   // In their order, from 1.
-  std::vector<TWantedTag> Find() {
+  TWantedTags Find() {
     const TStringSource source(html_);
     size_t noMark = kNowhere;
     TScan scan(source, noMark);
@@ -167,7 +174,7 @@ class TTagFinder {
   // By the letter behind "<": elements, from 1, by the first letter of the name; or kNotPlain.
   std::array<uint8_t, 256> kinds_{};
   std::vector<uint32_t> open_;  // for each element: the last start tag that nothing closed so far
-  std::vector<TWantedTag> tags_ = std::vector<TWantedTag>(1);  // 0 is none
+  TWantedTags tags_ = TWantedTags(1);  // 0 is none
 };
 
 // Walks through the start tags of the given elements and builds the changed page. Borrows the page,
@@ -264,7 +271,7 @@ class TPageWalk {
 
   // Copies what stands in front of the current tag.
   void StartReplacing() {
-    if (!modified_) changed_.reserve(html_.size());
+    if (!modified_) changed_.reserve(html_.size() + tags_.size() * kGrowth);
     const size_t start = tags_[at_].start;
     if (start > done_) changed_.append(html_.substr(done_, start - done_));
     done_ = start;
@@ -281,7 +288,7 @@ class TPageWalk {
 
   const std::string_view html_;
   const TElements elements_;
-  std::vector<TWantedTag> tags_;
+  TWantedTags tags_;
   uint32_t at_ = 0;
   size_t passedUpTo_ = 0;
   std::string changed_;
