@@ -1,8 +1,10 @@
 // The text of one tag, read and written without a tag object.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,6 +20,25 @@ TTagParts SplitTag(std::string_view tagText) noexcept;
 
 /// Whether a tag's name ends in front of that character.
 inline bool EndsTagName(char c) noexcept { return c == ' ' || c == '\r' || c == '\n'; }
+
+/// What a character means outside quotes. A name goes on up to an equals sign, a value passes it.
+enum class TAttrMark : uint8_t { kNone, kEquals, kSpace, kQuote };
+
+inline constexpr auto kAttrMarks = [] {
+  std::array<TAttrMark, 256> marks{};
+  marks['='] = TAttrMark::kEquals;
+  marks[' '] = marks['\n'] = TAttrMark::kSpace;
+  marks['"'] = marks['\''] = TAttrMark::kQuote;
+  return marks;
+}();
+
+inline TAttrMark AttrMarkOf(char c) noexcept { return kAttrMarks[static_cast<unsigned char>(c)]; }
+
+/// The first character from there on that means at least that; the size without one.
+inline size_t FindAttrMark(std::string_view text, TAttrMark least, size_t at) noexcept {
+  while (at < text.size() && AttrMarkOf(text[at]) < least) ++at;
+  return at;
+}
 
 /// One attribute where it stands.
 struct TAttrView {
@@ -38,13 +59,15 @@ class TAttrReader {
   /// Reads the next attribute; false at the end, or when a quote stays open.
   bool Next() noexcept;
   /// The attribute read last. Its views are valid as long as the text and the reader.
-  TAttrView& Attribute() noexcept { return attribute_; }
+  const TAttrView& Attribute() const noexcept { return attribute_; }
   /// Whether it would be written as it stands; a blank behind the last attribute does not count.
   bool IsAsWritten() const noexcept;
 
   /// The place of the attribute with the white space behind it, in the text that is read.
   size_t Start() const noexcept { return start_; }
+  size_t NameEnd() const noexcept { return start_ + attribute_.name.size(); }
   size_t End() const noexcept { return at_; }
+  bool IsAtEnd() const noexcept { return at_ == text_.size(); }
   std::string_view Slice(size_t from, size_t to) const noexcept {
     return text_.substr(from, to - from);
   }
@@ -60,31 +83,95 @@ class TAttrReader {
   bool hasEquals_ = false;
 };
 
-/// `name=value`, without "=" for an empty value.
-void AppendAttribute(std::string& text, std::string_view name, std::string_view value);
-/// The attribute and the white space behind it, at least one blank.
-void AppendWithSpace(std::string& text, const TAttrView& attribute);
+inline bool TAttrReader::Next() noexcept {
+  if (at_ == text_.size()) return false;
+  const size_t nameEnd = FindAttrMark(text_, TAttrMark::kEquals, at_);
+  const bool hasEquals = nameEnd < text_.size() && text_[nameEnd] == '=';
+  size_t end = hasEquals ? FindAttrMark(text_, TAttrMark::kSpace, nameEnd + 1) : nameEnd;
+  if (end < text_.size() && AttrMarkOf(text_[end]) == TAttrMark::kQuote) {
+    end = text_.find(text_[end], end + 1);
+    if (end == std::string_view::npos) return false;
+    ++end;
+  }
+  attribute_.name = text_.substr(at_, (hasEquals ? nameEnd : end) - at_);
+  attribute_.value = hasEquals ? text_.substr(nameEnd + 1, end - nameEnd - 1) : std::string_view();
+  hasEquals_ = hasEquals;
+  start_ = at_;
+  at_ = end;
+  ReadSpace();
+  return true;
+}
 
-/// Writes a tag anew, as a tag object would: `start` ("<" and its name) and the attributes.
-/// `change` gets each attribute (a TAttrView) and tells whether it altered it.
+inline bool TAttrReader::IsAsWritten() const noexcept {
+  const bool keepsSpace =
+      attribute_.lineBreaks == 0 && (attribute_.blanks > 0 || at_ == text_.size());
+  return keepsSpace && (!hasEquals_ || !attribute_.value.empty());
+}
+
+inline void TAttrReader::ReadSpace() noexcept {
+  int32_t lineBreaks = 0;
+  int32_t blanks = 0;
+  for (; at_ < text_.size() && AttrMarkOf(text_[at_]) == TAttrMark::kSpace; ++at_) {
+    const bool isBreak = text_[at_] == '\n';
+    lineBreaks += isBreak ? 1 : 0;
+    blanks = isBreak ? 0 : blanks + 1;
+  }
+  attribute_.lineBreaks = lineBreaks;
+  attribute_.blanks = blanks;
+}
+
+/// `name=value`, without "=" for an empty value.
+inline void AppendAttribute(std::string& text, std::string_view name, std::string_view value) {
+  text += name;
+  if (value.empty()) return;
+  text += '=';
+  text += value;
+}
+
+/// The attribute and the white space behind it, at least one blank.
+inline void AppendWithSpace(std::string& text, const TAttrView& attribute) {
+  AppendAttribute(text, attribute.name, attribute.value);
+  for (int32_t i = 0; i < attribute.lineBreaks; ++i) text += "\r\n";
+  if (attribute.blanks > 0) {
+    text.append(static_cast<size_t>(attribute.blanks), ' ');
+  } else if (attribute.lineBreaks == 0) {
+    text += ' ';
+  }
+}
+
+/// Writes the text of all attributes anew, and a blank in front of the first one. `change` gets
+/// each attribute (a TAttrView) and gives its new value, which ends in no blank, or nothing (a
+/// std::optional<std::string_view>). One blank follows a changed attribute.
+template <class TChange>
+void AppendAttributes(std::string& text, std::string_view attributes, const TChange& change) {
+  TAttrReader reader(attributes);
+  size_t done = 0;
+  for (bool isFirst = true; reader.Next(); isFirst = false) {
+    if (isFirst) text += ' ';
+    if (const std::optional<std::string_view> value = change(reader.Attribute())) {
+      text += reader.Slice(done, reader.NameEnd());
+      text += '=';
+      text += *value;
+      if (!reader.IsAtEnd()) text += ' ';
+    } else if (!reader.IsAsWritten()) {
+      text += reader.Slice(done, reader.Start());
+      AppendWithSpace(text, reader.Attribute());
+    } else {
+      continue;
+    }
+    done = reader.End();
+  }
+  if (done < reader.End()) text += reader.Slice(done, reader.End());
+  if (text.back() == ' ') text.pop_back();  // stands between attributes only
+}
+
+/// Writes a tag anew, as a tag object would: `start` ("<" and its name) and the attributes, as
+/// AppendAttributes does.
 template <class TChange>
 void AppendTag(std::string& text, std::string_view start, std::string_view attributes,
                const TChange& change) {
   text += start;
-  const size_t before = text.size();
-  if (!attributes.empty()) {
-    TAttrReader reader(attributes);
-    size_t done = 0;
-    while (reader.Next()) {
-      if (text.size() == before) text += ' ';
-      if (!change(reader.Attribute()) && reader.IsAsWritten()) continue;
-      text += reader.Slice(done, reader.Start());
-      AppendWithSpace(text, reader.Attribute());
-      done = reader.End();
-    }
-    text += reader.Slice(done, reader.End());
-    if (text.back() == ' ') text.pop_back();  // stands between attributes only
-  }
+  if (!attributes.empty()) AppendAttributes(text, attributes, change);
   text += '>';
 }
 

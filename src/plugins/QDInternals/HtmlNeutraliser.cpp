@@ -27,6 +27,10 @@ constexpr std::string_view kFrameJudged = "iframe found and marked as virus.";
 constexpr std::string_view kFrameIgnored = "Http-iframe found and ignored.";
 constexpr std::string_view kFrameRemoved = "iframe found and removed.";
 
+// What becomes of an attribute of a renamed tag.
+constexpr std::optional<std::string_view> kUnchanged;
+constexpr std::optional<std::string_view> kNoValue = "\"\"";
+
 // What makes an object an ActiveX one.
 constexpr std::string_view kClass = "classid";
 
@@ -95,7 +99,8 @@ class TTagFinder {
  public:
   TTagFinder(std::string_view html, const TElements& elements)
       : html_(html), open_(elements.size(), 0) {
-    for (const char c : {'/', '!', '?'}) kinds_[static_cast<unsigned char>(c)] = kNotPlain;
+    kinds_['/'] = kSlash;
+    kinds_['!'] = kinds_['?'] = kMarked;  // may begin a comment or an instruction
     for (const TElement* element : elements) {
       letters_.push_back(SmallLetters(element->name.data()));
       const char first = element->name.front();
@@ -119,7 +124,8 @@ class TTagFinder {
 
  private:
   using TScan = TTagScan<TStringSource>;
-  static constexpr uint8_t kNotPlain = UINT8_MAX;
+  static constexpr uint8_t kSlash = 254;
+  static constexpr uint8_t kMarked = 255;
 
   char CharAt(size_t at) const noexcept { return at < html_.size() ? html_[at] : '\0'; }
   uint8_t KindOf(size_t at) const noexcept {
@@ -128,14 +134,15 @@ class TTagFinder {
 
   // Notes the tag when it is wanted. Gives the place behind it.
   size_t PassTag(TScan& scan, size_t at) {
-    const bool closes = CharAt(at + 1) == '/';
+    if (KindOf(at + 1) == kMarked) return scan.TagAt(at).end;
+    const bool closes = html_[at + 1] == '/';
     const size_t nameStart = at + (closes ? 2 : 1);
-    const size_t nameEnd = nameStart + kNameSize;
     const uint8_t element = ElementAt(nameStart);
-    // The name is known before the end of the tag, which is then often the next character.
-    const bool endsNext = element != 0 && CharAt(nameEnd) == '>';
-    const size_t end = endsNext ? nameEnd + 1 : scan.TagAt(at).end;
-    if (endsNext || (element != 0 && IsNameEnd(nameEnd, end))) {
+    if (element == 0) return scan.FindTagEnd(nameStart);
+    const size_t nameEnd = nameStart + kNameSize;
+    const bool endsNext = CharAt(nameEnd) == '>';
+    const size_t end = endsNext ? nameEnd + 1 : std::min(scan.FindTagEnd(nameEnd), html_.size());
+    if (endsNext || IsNameEnd(nameEnd, end)) {
       Add({.start = static_cast<uint32_t>(at),
            .end = static_cast<uint32_t>(end),
            .element = static_cast<uint8_t>(element - 1),
@@ -147,7 +154,7 @@ class TTagFinder {
   // The element, from 1, whose name stands there; 0 for none.
   uint8_t ElementAt(size_t at) const noexcept {
     const uint8_t element = KindOf(at);
-    const bool isWhole = element != 0 && element != kNotPlain && html_.size() - at >= kNameSize &&
+    const bool isWhole = element != 0 && element < kSlash && html_.size() - at >= kNameSize &&
                          SmallLetters(&html_[at]) == letters_[element - 1];
     return isWhole ? element : uint8_t{0};
   }
@@ -171,7 +178,7 @@ class TTagFinder {
 
   const std::string_view html_;
   std::vector<uint64_t> letters_;  // of the names
-  // By the letter behind "<": elements, from 1, by the first letter of the name; or kNotPlain.
+  // By the letter behind "<": elements, from 1, by the first letter of the name; or a mark.
   std::array<uint8_t, 256> kinds_{};
   std::vector<uint32_t> open_;  // for each element: the last start tag that nothing closed so far
   TWantedTags tags_ = TWantedTags(1);  // 0 is none
@@ -189,27 +196,24 @@ class TPageWalk {
     while (++at_ < tags_.size()) {
       const TWantedTag& tag = tags_[at_];
       if (tag.start < done_) continue;  // removed with its element
-      if (!tag.closes && tag.start >= passedUpTo_) return true;
+      if (!tag.closes && tag.start >= passedUpTo_) return Show(tag);
       if (!tag.renamed) continue;
-      StartReplacing();
+      StartReplacing(tag);
       changed_ += elements_[tag.element]->newClosingTag;
       Finish(tag.end);
     }
     return false;
   }
 
-  const TElement& Element() const { return *elements_[tags_[at_].element]; }
-  std::string_view Attributes() const {
-    const TWantedTag& tag = tags_[at_];
-    return AttributesBehind(html_, tag.start + 1 + kNameSize, tag.end);
-  }
-  bool IsClosed() const { return tags_[at_].partner > at_; }
+  const TElement& Element() const { return *elements_[current_->element]; }
+  std::string_view Attributes() const { return attributes_; }
+  bool IsClosed() const { return current_->partner > at_; }
 
   // What stands in a closed element, with the edits made so far.
   std::string Content() const {
     std::string content;
-    const uint32_t closing = tags_[at_].partner;
-    size_t done = tags_[at_].end;
+    const uint32_t closing = current_->partner;
+    size_t done = current_->end;
     for (uint32_t i = at_ + 1; i < closing; ++i) {
       const TWantedTag& tag = tags_[i];
       if (!tag.renamed) continue;
@@ -222,24 +226,23 @@ class TPageWalk {
 
   // Gives the element its new name; the start tag is written anew.
   void Rename() {
-    StartReplacing();
-    AppendTag(changed_, Element().newStart, Attributes(), [](TAttrView&) { return false; });
+    StartReplacing(*current_);
+    AppendTag(changed_, Element().newStart, attributes_,
+              [](const TAttrView&) { return kUnchanged; });
     FinishRenaming();
   }
 
   // Does so with an element whose first attribute of that name has a value, which gets lost. False,
   // and nothing happens, without one.
   bool RenameWithout(std::string_view name) {
-    if (Attributes().empty()) return false;
-    StartReplacing();
+    if (attributes_.empty()) return false;
+    StartReplacing(*current_);
     const size_t before = changed_.size();
     std::optional<bool> hadValue;
-    AppendTag(changed_, Element().newStart, Attributes(), [&](TAttrView& attribute) {
-      if (hadValue || !platform::SameAnsiText(attribute.name, name)) return false;
+    AppendTag(changed_, Element().newStart, attributes_, [&](const TAttrView& attribute) {
+      if (hadValue || !platform::SameAnsiText(attribute.name, name)) return kUnchanged;
       hadValue = !attribute.value.empty();
-      attribute.value = "\"\"";
-      attribute.lineBreaks = attribute.blanks = 0;
-      return true;
+      return kNoValue;
     });
     if (hadValue.value_or(false)) {
       FinishRenaming();
@@ -251,7 +254,7 @@ class TPageWalk {
 
   // Removes the element, or the start tag alone when nothing closes it.
   void Remove() {
-    StartReplacing();
+    StartReplacing(*current_);
     Finish(EndOfElement());
   }
 
@@ -265,21 +268,22 @@ class TPageWalk {
   }
 
  private:
-  size_t EndOfElement() const {
-    return IsClosed() ? tags_[tags_[at_].partner].end : tags_[at_].end;
+  bool Show(const TWantedTag& tag) {
+    current_ = &tag;
+    attributes_ = AttributesBehind(html_, tag.start + 1 + kNameSize, tag.end);
+    return true;
   }
+  size_t EndOfElement() const { return IsClosed() ? tags_[current_->partner].end : current_->end; }
 
-  // Copies what stands in front of the current tag.
-  void StartReplacing() {
+  // Copies what stands in front of the tag.
+  void StartReplacing(const TWantedTag& tag) {
     if (!modified_) changed_.reserve(html_.size() + tags_.size() * kGrowth);
-    const size_t start = tags_[at_].start;
-    if (start > done_) changed_.append(html_.substr(done_, start - done_));
-    done_ = start;
+    if (tag.start > done_) changed_.append(html_.substr(done_, tag.start - done_));
+    done_ = tag.start;
   }
   void FinishRenaming() {
-    const TWantedTag& tag = tags_[at_];
-    if (IsClosed()) tags_[tag.partner].renamed = true;
-    Finish(tag.end);
+    if (IsClosed()) tags_[current_->partner].renamed = true;
+    Finish(current_->end);
   }
   void Finish(size_t end) {
     modified_ = true;
@@ -290,6 +294,8 @@ class TPageWalk {
   const TElements elements_;
   TWantedTags tags_;
   uint32_t at_ = 0;
+  const TWantedTag* current_ = nullptr;  // the start tag there
+  std::string_view attributes_;          // of that tag
   size_t passedUpTo_ = 0;
   std::string changed_;
   size_t done_ = 0;  // up to there the page is copied, changed or removed
