@@ -193,8 +193,9 @@ class TPageWalk {
 
   // Goes to the next start tag that is still there.
   bool Next() {
-    while (++at_ < tags_.size()) {
-      const TWantedTag& tag = tags_[at_];
+    while (++current_ != tags_.end()) {
+      ++at_;
+      const TWantedTag& tag = *current_;
       if (tag.start < done_) continue;  // removed with its element
       if (!tag.closes && tag.start >= passedUpTo_) return Show(tag);
       if (!tag.renamed) continue;
@@ -269,7 +270,6 @@ class TPageWalk {
 
  private:
   bool Show(const TWantedTag& tag) {
-    current_ = &tag;
     attributes_ = AttributesBehind(html_, tag.start + 1 + kNameSize, tag.end);
     return true;
   }
@@ -293,9 +293,9 @@ class TPageWalk {
   const std::string_view html_;
   const TElements elements_;
   TWantedTags tags_;
-  uint32_t at_ = 0;
-  const TWantedTag* current_ = nullptr;  // the start tag there
-  std::string_view attributes_;          // of that tag
+  TWantedTags::const_iterator current_ = tags_.begin();
+  uint32_t at_ = 0;              // its index
+  std::string_view attributes_;  // of the current tag
   size_t passedUpTo_ = 0;
   std::string changed_;
   size_t done_ = 0;  // up to there the page is copied, changed or removed
