@@ -1,6 +1,7 @@
 // Finding the next tag in a text that is given in stretches.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -88,9 +89,9 @@ class TTagScan {
   static bool IsLetter(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
   static size_t FindTagMark(std::string_view view) noexcept {
-    size_t at = 0;
-    while (at < view.size() && !kTagMarks[static_cast<unsigned char>(view[at])]) ++at;
-    return at;
+    const auto isMark = [](char c) { return kTagMarks[static_cast<unsigned char>(c)]; };
+    const char* const end = view.data() + view.size();
+    return static_cast<size_t>(std::find_if(view.data(), end, isMark) - view.data());
   }
 
   size_t FindTagEndBehindQuotes(size_t from) const noexcept {

@@ -1,6 +1,7 @@
 // The text of one tag, read and written without a tag object.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -36,8 +37,9 @@ inline TAttrMark AttrMarkOf(char c) noexcept { return kAttrMarks[static_cast<uns
 
 /// The first character from there on that means at least that; the size without one.
 inline size_t FindAttrMark(std::string_view text, TAttrMark least, size_t at) noexcept {
-  while (at < text.size() && AttrMarkOf(text[at]) < least) ++at;
-  return at;
+  const auto isMark = [least](char c) { return AttrMarkOf(c) >= least; };
+  const char* const end = text.data() + text.size();
+  return static_cast<size_t>(std::find_if(text.data() + at, end, isMark) - text.data());
 }
 
 /// One attribute where it stands.
