@@ -77,7 +77,7 @@ class TObjectFile {
       if (!file_ || !LockAlone()) return;
       ::flock(file_.Get(), LOCK_UN);  // whoever has the runtime lock may be waiting for this one
       const TRuntimeLock lock;
-      if (LockAlone()) Remove();
+      if (LockAlone() && HasItsName()) Remove();
     } catch (const EPlatformError&) {  // the file stays, and counts for nothing
     }
   }
@@ -96,6 +96,14 @@ class TObjectFile {
     if (::flock(file_.Get(), LOCK_EX | LOCK_NB) == 0) return true;
     if (errno != EWOULDBLOCK) Raise(path_);
     return false;
+  }
+
+  /// False when the file was removed, and perhaps another one made, while nobody had it locked.
+  bool HasItsName() const noexcept {
+    struct stat named;
+    struct stat own;
+    return StatLink(path_, named) == 0 && StatOpenFile(file_.Get(), own) == 0 &&
+           named.st_dev == own.st_dev && named.st_ino == own.st_ino;
   }
 
   std::string path_;

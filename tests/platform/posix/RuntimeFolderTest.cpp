@@ -2,12 +2,15 @@
 #include <MessageWindow.h>
 #include <NamedObjects.h>
 #include <PlatformError.h>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -33,6 +36,23 @@ TEST_F(RuntimeFolder, KeepsTheFilesOfMutexesOnly) {
     EXPECT_EQ(CountObjects(), 2u);
   }
   EXPECT_EQ(CountObjects(), 1u);
+}
+
+TEST_F(RuntimeFolder, KeepsWhatAnotherProcessMadeMeanwhile) {
+  std::optional<TNamedMemory> memory(std::in_place, "m", 10, kMemoryAll);
+  const std::string folder = Native(name_).string();
+  const std::string file = folder + "/m.memory";
+  const int lock = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+  ASSERT_EQ(::flock(lock, LOCK_EX), 0);
+  std::thread closing([&] { memory.reset(); });
+  const int old = ::open(file.c_str(), O_RDWR);
+  ASSERT_EQ(::flock(old, LOCK_EX), 0) << "given up, and waiting for the folder";
+  ::unlink(file.c_str());
+  ::close(old);
+  Put(name_ + "/m.memory", "new");
+  ::close(lock);
+  closing.join();
+  EXPECT_EQ(Content(name_ + "/m.memory"), "new");
 }
 
 TEST_F(RuntimeFolder, HoldsOneFileForAnyName) {
