@@ -17,9 +17,9 @@ std::string ProgramFolder();
 std::vector<std::string> ProgramArguments();
 /// The number by which the system knows this process.
 uint32_t ProcessId() noexcept;
-/// Whether another process runs a program of the same folder and finds the same file under the path
-/// (which is absolute; empty for no file). False also when the system does not tell.
-bool IsCompanion(uint32_t process, std::string_view file) noexcept;
+/// Whether another process runs a program of a folder of the same name. False also when the system
+/// does not tell.
+bool IsCompanion(uint32_t process) noexcept;
 /// Runs a program of the same folder with the arguments of this process, which ends with it: where
 /// the system can, that program takes the place of this one, elsewhere its exit code is returned.
 /// Raises EPlatformError when it cannot be started.

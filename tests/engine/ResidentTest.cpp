@@ -1,7 +1,11 @@
 // The resident engine's answers and its shared memory; tests/scan/resident.sh runs it as a process.
+#include <Circumstances.h>
+#include <Files.h>
 #include <NamedObjects.h>
+#include <Program.h>
 #include <ResidentEngine.h>
 #include <SharedMMFMem.h>
+#include <SharedRequest.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -66,6 +70,51 @@ class Resident : public TEngineTest {
   SharedEngineRecord record_{};
   TEngineWindow window_;
 };
+
+TEST_F(Resident, ScansOnlyAsTheAskingProcessWould) {
+  Settings("[Subject Checks]\r\nBlockOnVirus=1\r\n[Virus Subjects]\r\nbad\r\n");
+  const std::string mail = Mail("in_1.inp", "Subject: bad\r\n\r\nx\r\n");
+  const std::string before = platform::CurrentFolder();
+  const std::string process = platform::ProcessCircumstances(platform::ModulePath());
+  TSharedRequest request{"quarda in_1.inp", {}, mail.substr(0, mail.rfind('\\'))};
+  {
+    const platform::TFolderVisit visit(request.folder);
+    request.circumstances = platform::ScanCircumstances("in_1.inp", process);
+  }
+  const platform::TNamedMutex mutex(kRequestMutexName);
+  for (int time = 0; time < 2; ++time) {  // twice: a message may be left of one who gave up
+    if (time == 0) WriteRequest(record_, request);
+    EXPECT_EQ(IsAcceptedRequest(record_, request), time == 1);
+    EXPECT_EQ(window_.ServeRequest(0), 1);
+    EXPECT_TRUE(IsAcceptedRequest(record_, request));
+    EXPECT_EQ(platform::CurrentFolder(), before);
+  }
+
+  TSharedRequest another = request;
+  another.line = "quarda in_2.inp";
+  EXPECT_FALSE(IsAcceptedRequest(record_, another));
+  TSharedRequest elsewhere = request;
+  elsewhere.folder = before;
+  TSharedRequest nowhere = request;
+  nowhere.folder += "\\none";
+  for (const TSharedRequest& refused : {another, elsewhere, nowhere}) {
+    WriteRequest(record_, refused);
+    EXPECT_EQ(window_.ServeRequest(0), kRequestRefused);
+    EXPECT_FALSE(IsAcceptedRequest(record_, refused));
+    EXPECT_EQ(platform::CurrentFolder(), before);
+  }
+  EXPECT_EQ(record_.RequestCount, 2) << "what was refused does not count";
+
+  // As long as the field has room; then no NUL is behind it.
+  TSharedRequest longest = request;
+  while (FitsRequest(longest)) longest.line += 'x';
+  longest.line.pop_back();
+  WriteRequest(record_, longest);
+  EXPECT_TRUE(ReadRequest(record_) == longest);
+  AcceptRequest(record_);
+  EXPECT_TRUE(IsAcceptedRequest(record_, longest));
+  EXPECT_EQ(std::string(record_.Reserved, sizeof record_.Reserved), std::string(3, '\0'));
+}
 
 TEST_F(Resident, EndsWhenNobodyAsksForTwoMinutes) {
   record_.IdleMinutes = 2;

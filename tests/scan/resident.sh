@@ -91,6 +91,58 @@ result=0
 (cd "$base" && "$base/quarda-request" ' ../in_1 a.inp ' </dev/null) || result=$?
 [[ $result == 1 ]] || fail "a file name between blanks: verdict $result"
 
+# What the engine would find or do differently is scanned by the client itself; what it finds in its
+# own folder is never meant.
+here=$work/'a" b'
+mkdir "$here"
+printf 'Subject: prize\r\n\r\nText\r\n' | tee "$work/in_2.inp" >"$here/in_3.inp"
+echo harmless >"$work/foo"
+# in_folder VERDICT SERVED COMMAND...: the client, started in that folder.
+in_folder() {
+  local result=0 before
+  before=$(shared u4 16)
+  (cd "$here" && "${@:3}" </dev/null) || result=$?
+  [[ $result == "$1" && $(($(shared u4 16) - before)) == "$2" ]] ||
+    fail "${*:3}: verdict $result, $(($(shared u4 16) - before)) served"
+}
+client=$base/quarda-request
+in_folder 1 1 "$client" in_3.inp
+in_folder 1 1 "$client" foo in_3.inp
+in_folder 0 0 "$client" in_2.inp
+in_folder 1 0 env QUARDA_DRIVES="D=$here" "$client" 'D:\in_3.inp'
+in_folder 1 0 env PATH="$PATH:/elsewhere" "$client" in_3.inp
+(ulimit -f 100000 && in_folder 1 0 "$client" in_3.inp && ((faults == 0))) || fail "with another limit"
+printf '#!/bin/sh\nexit 1\n' >"$here/look"
+chmod +x "$here/look"
+printf "$settings[VirusScan]\nMailScan=./look\n" >"$base/Quarda.ini"
+in_folder 1 1 "$client" in_3.inp
+printf "$settings[Virus Subjects]\nprize\n" >"$base/Quarda.ini"
+
+# Neither is an engine asked that was replaced meanwhile, nor one with fewer rights.
+touch "$base/QDEngine.so"
+in_folder 1 0 "$client" in_3.inp
+if ((EUID == 0)) && command -v setpriv >/dev/null; then
+  for group in 2345 1234; do
+    cp "$here/in_3.inp" "$work/in_$group.inp"
+    chown 0:$group "$work/in_$group.inp" && chmod 660 "$work/in_$group.inp"
+  done
+  mkdir -m 777 "$work/user" && chmod -R a+rwX "$base"
+  (
+    export XDG_RUNTIME_DIR=$work/user
+    objects=$work/user/quarda-1234
+    setpriv --reuid=1234 --regid=1234 --clear-groups "$base/quarda" -daemon </dev/null &
+    until_true is_ready
+    for group in 2345 1234; do  # its own group as another one changes nothing
+      result=0
+      setpriv --reuid=1234 --regid=1234 --groups=$group "$client" "$work/in_$group.inp" </dev/null || result=$?
+      echo "$result $(shared u4 16)"
+    done
+    setpriv --reuid=1234 --regid=1234 --clear-groups "$base/quarda" -daemon -quit </dev/null
+    wait
+  ) >"$work/rights"
+  [[ $(tr '\n' ' ' <"$work/rights") == '1 0 1 1 ' ]] || fail "rights: $(cat "$work/rights")"
+fi
+
 # Killed in its sleep: the mail is scanned all the same, and a new engine takes over.
 kill -9 "$engine"
 wait "$engine" 2>/dev/null || true

@@ -1,16 +1,18 @@
 #include "ResidentEngine.h"
 
+#include <Circumstances.h>
 #include <NamedObjects.h>
 #include <PlatformError.h>
 #include <Program.h>
 #include <SharedMMFMem.h>
+#include <SharedRequest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <exception>
-#include <string>
+#include <optional>
 
 #include "Application.h"
+#include "Arguments.h"
 
 namespace quarda {
 namespace {
@@ -43,12 +45,12 @@ bool WindowExists() noexcept {
   return platform::MessageWindowExists(kEngineWindowClass, kEngineWindowTitle);
 }
 
-std::string CommandLineOf(const SharedEngineRecord& record) {
-  const char* const text = record.RequestCommandLine;
-  return std::string(text, std::find(text, std::end(record.RequestCommandLine), '\0'));
-}
-
 }  // namespace
+
+TEngineWindow::TEngineWindow(SharedEngineRecord& record, const TEngineEnvironment& environment)
+    : record_(record),
+      environment_(environment),
+      circumstances_(platform::ProcessCircumstances(platform::ModulePath())) {}
 
 intptr_t TEngineWindow::Handle(platform::TMessageWindow& window, uint32_t message) {
   switch (message) {
@@ -75,12 +77,26 @@ bool TEngineWindow::IsIdle() const {
   return std::abs(Now(environment_) - record_.LastActivity) > record_.IdleMinutes / kMinutesPerDay;
 }
 
+/// Whether this process finds and may do what the one who asks would, for which it must stand in
+/// his folder.
+bool TEngineWindow::ScansAsAsked(const TSharedRequest& request) const {
+  const AnsiString file = MakeRef<TArguments>(request.line)->GetFilename();
+  return platform::ScanCircumstances(file, circumstances_) == request.circumstances;
+}
+
 int32_t TEngineWindow::ServeRequest(uint32_t wait) {
   int32_t reply = kRequestRefused;
   try {
     platform::TNamedMutex mutex(kRequestMutexName);
     if (!mutex.Existed() || mutex.Wait(wait) != platform::TWaitResult::kOwned) return reply;
-    reply = RunCommandLine(CommandLineOf(record_), environment_);
+    const TSharedRequest request = ReadRequest(record_);
+    std::optional<platform::TFolderVisit> visit;
+    if (!request.circumstances.empty()) {
+      visit.emplace(request.folder);
+      if (!ScansAsAsked(request)) return reply;
+      AcceptRequest(record_);
+    }
+    reply = RunCommandLine(request.line, environment_);
     ++record_.RequestCount;
     record_.LastActivity = Now(environment_);
   } catch (const std::exception&) {

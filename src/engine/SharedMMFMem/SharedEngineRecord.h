@@ -31,7 +31,7 @@ struct SharedEngineRecord {
   int32_t IdleMinutes;            ///< it ends after so much time without a request
   double LastActivity;            ///< days since 1899-12-30, local time
   int32_t RequestCount;           ///< served so far
-  char RequestCommandLine[1025];  ///< ended by a NUL, or by the end of the field
+  char RequestCommandLine[1025];  ///< ended by a NUL, or by the end of the field; see SharedRequest
   char Reserved[3];
 };
 static_assert(sizeof(SharedEngineRecord) == 1048);

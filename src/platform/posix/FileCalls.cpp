@@ -116,6 +116,16 @@ int StatLink(const std::string& path, struct stat& info) noexcept {
   return ::lstat(path.c_str(), &info);
 }
 
+int StatMounted(const std::string& path, struct statx& info) noexcept {
+  info.stx_mnt_id = 0;
+  return ::statx(AT_FDCWD, path.c_str(), 0, STATX_BASIC_STATS | STATX_MNT_ID, &info);
+}
+
+int StatMountedOpenFile(int file, struct statx& info) noexcept {
+  info.stx_mnt_id = 0;
+  return ::statx(file, "", AT_EMPTY_PATH, STATX_BASIC_STATS | STATX_MNT_ID, &info);
+}
+
 int ReadLink(const std::string& path, std::string& target) {
   target.resize(PATH_MAX);
   const ssize_t size = ::readlink(path.c_str(), target.data(), target.size());
@@ -161,6 +171,10 @@ int GetCurrentPath(std::string& path) {
   path.resize(path.find('\0'));
   return 0;
 }
+
+int EnterFolder(const std::string& path) noexcept { return ::chdir(path.c_str()); }
+
+int EnterOpenFolder(int folder) noexcept { return ::fchdir(folder); }
 
 TFolder OpenFolder(const std::string& path) noexcept { return TFolder(::opendir(path.c_str())); }
 

@@ -38,6 +38,9 @@ int SetOpenFileTime(int file, const timespec& lastWrite) noexcept;
 int StatPath(const std::string& path, struct stat& info) noexcept;
 /// About the link itself where the path is one.
 int StatLink(const std::string& path, struct stat& info) noexcept;
+/// Beside the rest the number of the mount, which differs in every set of mounts.
+int StatMounted(const std::string& path, struct statx& info) noexcept;
+int StatMountedOpenFile(int file, struct statx& info) noexcept;
 int ReadLink(const std::string& path, std::string& target);
 int ChangeMode(const std::string& path, mode_t mode) noexcept;
 int SetPathTime(const std::string& path, const timespec& lastWrite) noexcept;
@@ -49,6 +52,8 @@ int ExchangePaths(const std::string& one, const std::string& other) noexcept;
 /// Renames only when nothing has the new name yet.
 int RenamePathIfFree(const std::string& from, const std::string& to) noexcept;
 int GetCurrentPath(std::string& path);
+int EnterFolder(const std::string& path) noexcept;
+int EnterOpenFolder(int folder) noexcept;
 
 struct TCloseFolder {
   void operator()(DIR* folder) const noexcept { ::closedir(folder); }

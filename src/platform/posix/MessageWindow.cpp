@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "FileCalls.h"
+#include "HashText.h"
 #include "PlatformError.h"
 #include "Quiet.h"
 #include "RuntimeFolder.h"

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "FileCalls.h"
+#include "HashText.h"
 #include "PlatformError.h"
 #include "RuntimeFolder.h"
 

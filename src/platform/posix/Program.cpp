@@ -70,21 +70,12 @@ std::vector<std::string> ProgramArguments() {
   return arguments;
 }
 
-bool IsCompanion(uint32_t process, std::string_view file) noexcept {
+bool IsCompanion(uint32_t process) noexcept {
   return OrElse(false, [&] {
-    const std::string place = "/proc/" + std::to_string(process);
     std::string program;
-    if (ReadLink(place + "/exe", program) != 0) return false;
-    std::string folder = WindowsPath(program);
-    folder.resize(folder.rfind('\\'));
-    if (folder != ProgramFolder()) return false;
-    if (file.empty()) return true;
-    std::string native;
-    struct stat ours;
-    struct stat theirs;
-    const auto find = [&](const std::string& path) { return StatPath(native = path, ours); };
-    return OnExisting(file, find) == 0 && StatPath(place + "/root" + native, theirs) == 0 &&
-           ours.st_dev == theirs.st_dev && ours.st_ino == theirs.st_ino;
+    if (ReadLink("/proc/" + std::to_string(process) + "/exe", program) != 0) return false;
+    const std::string path = WindowsPath(program);
+    return path.substr(0, path.rfind('\\')) == ProgramFolder();
   });
 }
 

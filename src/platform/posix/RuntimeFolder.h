@@ -8,10 +8,6 @@
 
 namespace quarda::platform::posix {
 
-/// 16 digits that stand for the text in a file's name, where the text itself may be too long
-/// (FNV-1a).
-std::string HashText(std::string_view text);
-
 /// The folder, which only this user may enter. Raises EPlatformError when it cannot be made, or
 /// when what has its name belongs to somebody else or may be entered by others.
 class TRuntimeFolder {

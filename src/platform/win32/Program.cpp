@@ -59,8 +59,7 @@ std::vector<std::string> ProgramArguments() {
   return arguments;
 }
 
-// Processes that reach the same named objects are of one session, and see the same drives.
-bool IsCompanion(uint32_t process, std::string_view) noexcept {
+bool IsCompanion(uint32_t process) noexcept {
   return OrElse(false, [&] {
     const THandle other(::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, process));
     const std::string program = TextOf([&](char* text, DWORD size) {
