@@ -1,5 +1,6 @@
 // Scans that are killed before each of their file calls, and scans whose file calls fail: whatever
 // call it is, each file holds its old or its new content, and the next scan works and tidies up.
+// The calls are those of POSIX, and the killed scan is a process made by fork.
 #include <Encodings.h>
 #include <FileFaults.h>
 #include <TnefBuilder.h>

@@ -1,5 +1,6 @@
 // What becomes of mails when the engine is killed, when calls fail, and when folders lie on
-// different file systems.
+// different file systems. The calls are those of POSIX, and the killed engine a process made by
+// fork.
 #include <Encodings.h>
 #include <FileFaults.h>
 #include <PlatformError.h>

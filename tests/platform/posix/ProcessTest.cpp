@@ -1,5 +1,5 @@
 // Starting shell scripts, which the tests write: signals, descriptors, zombies, and arguments that
-// a shell would read meaning into.
+// a shell would read meaning into. None of that is there on Windows.
 #include <PlatformError.h>
 #include <Process.h>
 #include <sys/wait.h>

@@ -1,4 +1,6 @@
-// Configured command lines: their macros and flags, and the programs they start.
+// Configured command lines: their macros and flags, and the programs they start. Paths reach these
+// as paths of this system, pipes and signals say how they end: on Windows other tests tell the same
+// of the platform layer.
 #include <CommandLauncher.h>
 #include <CommandMacros.h>
 #include <PlatformError.h>
@@ -8,14 +10,14 @@
 #include <cerrno>
 #include <chrono>
 
-#include "TestPrograms.h"
+#include "TestScripts.h"
 
 namespace quarda {
 namespace {
 
 using std::chrono::steady_clock;
 
-class Command : public TProgramTest {
+class Command : public TScriptTest {
  protected:
   /// What a hook's script got as its arguments.
   std::string Shown(const std::string& arguments) {

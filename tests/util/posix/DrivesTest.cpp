@@ -1,4 +1,5 @@
-// Moves between drives, which on this system are made by the environment.
+// Moves between drives, which on this system are made by the environment. On Windows a test has no
+// second drive to move to.
 #include <TempFolder.h>
 #include <Utils.h>
 #include <gtest/gtest.h>

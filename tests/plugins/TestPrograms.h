@@ -1,4 +1,4 @@
-// Scans that start programs: shell scripts in the base folder of the scan.
+// Scans that start programs, which lie in the base folder of the scan (TestProgram.cpp).
 #pragma once
 
 #include <CurrentApp.h>
@@ -29,15 +29,14 @@ class TProgramTest : public testing::Test {
     scan_->mail = MailFromText("Subject: x\n\n");
     SetQuardaApp(scan_->app);
   }
-  /// Writes a script and returns its path in quotes.
-  std::string Script(const std::string& name, const std::string& body) const {
-    const std::string path = scan_->folder.Write(name, "#!/bin/sh\n" + body + "\n");
-    std::filesystem::permissions(scan_->folder.Native() / name, std::filesystem::perms::owner_all);
-    return '"' + path + '"';
-  }
-  /// A script that writes its arguments, each in brackets, into the file "shown".
-  std::string ShowScript() const {
-    return Script("show.sh", "cd \"${0%/*}\" && printf '[%s]' \"$@\" > shown");
+  /// Puts the test program into the base folder under a name that says what it does, and returns
+  /// its path in quotes.
+  std::string Program(const std::string& name) const {
+    const std::filesystem::path target = scan_->folder.Native() / name;
+    std::error_code failed;  // when the temporary folder is on another file system
+    std::filesystem::create_hard_link(QD_PLUGIN_PROGRAM, target, failed);
+    if (failed) std::filesystem::copy_file(QD_PLUGIN_PROGRAM, target);
+    return '"' + scan_->folder.Path(name) + '"';
   }
   std::string Content(const std::string& name) const {
     std::ifstream file(scan_->folder.Native() / name, std::ios::binary);

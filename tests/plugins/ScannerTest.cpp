@@ -1,9 +1,10 @@
 // External virus scanners and spam filters: which of them run for which file, and what their exit
-// codes mean for the mail. They are scripts named after the way they end; each adds its first
-// argument to the file "ran".
+// codes mean for the mail. They are named after the way they end; each adds its first argument to
+// the file "ran".
 #include <PlatformError.h>
 #include <PluginSpamFilter.h>
 #include <PluginVirusScan.h>
+#include <Process.h>
 
 #include <cerrno>
 #include <vector>
@@ -17,10 +18,13 @@ class Scanners : public TProgramTest {
  protected:
   void Configure(const std::string& settings) {
     Renew(settings);
-    for (const std::string code : {"0", "3", "7", "100", "signal"}) {
-      const std::string end = code == "signal" ? "kill -11 $$" : "exit " + code;
-      Script(code, "echo $1 >> \"${0%/*}/ran\"; " + end);
-    }
+    for (const char* const name : {"0", "3", "7", "100", "crash", "sleep"}) Program(name);
+  }
+  /// The exit code by which this system says that a program crashed.
+  static std::string CrashCode() {
+    platform::TProcess program({"\"" QD_CRASHING_PROGRAM "\"", {}, true});
+    program.Wait(std::nullopt);
+    return std::to_string(static_cast<int32_t>(program.ExitCode()));
   }
   bool ScanForViruses() { return MakeRef<TPluginVirusScan>()->Execute(scan_.Get()); }
   bool FilterSpam() { return MakeRef<TPluginSpamFilter>()->Execute(scan_.Get()); }
@@ -78,7 +82,6 @@ TEST_F(Scanners, JudgeByTheirExitCode) {
     const char *row, *code, *list;
     bool clean;
     const char* text = "Virus found";
-    const char* exitCode = nullptr;
   } kRows[] = {{"default list", "3", "", false},
                {"clean", "0", "1-99", true},
                {"above the list", "100", "1-99", true},
@@ -87,13 +90,13 @@ TEST_F(Scanners, JudgeByTheirExitCode) {
                {"list invalid before the number, not 0", "7", "5;x", false},
                {"list invalid before the number, 0", "0", "5;x", true},
                {"list invalid behind the number", "3", "1-3;x", false},
-               {"crash", "signal", "", false, "Scanner crashed", "11"},
-               {"crash beside the list", "signal", "1", false, "Scanner crashed", "11"}};
+               {"crash", "crash", "", false, "Scanner crashed"},
+               {"crash beside the list", "crash", "1", false, "Scanner crashed"}};
   for (const auto& row : kRows) {
     Configure(std::string("[VirusScan]\nMailScan=~") + row.code +
               " $NAME$ \nMailScanVirusExitCode=" + row.list + "\n");
     EXPECT_EQ(ScanForViruses(), row.clean) << row.row;
-    const std::string code = row.exitCode ? row.exitCode : row.code;
+    const std::string code = row.code == std::string("crash") ? CrashCode() : row.code;
     const std::string reason =
         row.clean ? "" : std::string("Mail Virus Scan: ") + row.text + " (ExitCode: " + code + ")";
     const std::string debug = "Debug|VirusScan|Mail Virus Scan: ";
@@ -113,7 +116,7 @@ TEST_F(Scanners, AreNotAvailableOrFail) {
   EXPECT_EQ(scan_->LogText(), "Debug|VirusScan|No VirusScanner available\n");
 
   const std::string text = platform::ErrorText(ENOENT);
-  for (const char* const command : {"C:\\no\\such $FILE$", "\"\"", "\" \"", "$NoExit$"}) {
+  for (const char* const command : {"C:\\no-such-program $FILE$", "\"\"", "\" \"", "$NoExit$"}) {
     Configure(std::string("[VirusScan]\nMailScan=") + command + "$ChDir$ x\n");
     EXPECT_FALSE(ScanForViruses()) << command;
     const std::string configured = command + std::string(" x");
@@ -126,20 +129,20 @@ TEST_F(Scanners, AreNotAvailableOrFail) {
   EXPECT_FALSE(ScanForViruses());
   EXPECT_EQ(Content("ran"), "1\n") << "the first finding ends it";
 
-  Configure("[VirusScan]\nMailScan=~slow\n[Common]\nMaxExecWaitTime=1\n");
-  Script("slow", "trap '' TERM; sleep 30; sleep 30; exit 5");
+  Configure("[VirusScan]\nMailScan=~sleep 30\n[Common]\nMaxExecWaitTime=1\n");
   EXPECT_TRUE(ScanForViruses()) << "one that was ended has the exit code 0";
 }
 
 TEST_F(Scanners, StartInTheFolderOfTheFile) {
   for (const char* const flag : {"$CHDIR$", "", "$chdir$ $noexit$"}) {
     Configure(std::string("[VirusScan]\nMailScan=~where ") + flag + "\n");
-    Script("where", "pwd > \"${0%/*}/shown\"; exit 5");
+    Program("where");
     scan_->folder.Write("in/in_1.inp", "");
     scan_->arguments->file = scan_->folder.Path("in\\in_1.inp");
     EXPECT_EQ(ScanForViruses(), std::string(flag).ends_with("$noexit$")) << flag;
-    const std::string own = std::filesystem::current_path().string();
-    EXPECT_EQ(Content("shown"), (*flag != '\0' ? Native("in") : own) + "\n") << flag;
+    const std::filesystem::path wanted =
+        *flag != '\0' ? scan_->folder.Native() / "in" : std::filesystem::current_path();
+    EXPECT_EQ(std::filesystem::path(Content("shown")), wanted) << flag;
   }
 }
 
@@ -164,8 +167,8 @@ TEST_F(Scanners, FilterSpam) {
        clean + spam + "2: Spam found (ExitCode: 7)\n" + detected},
       {"invalid list", "SpamFilter=~3 1\nExitCode=x\n", "1\n",
        spam + "1: Spam found (ExitCode: 3)\n" + detected},
-      {"crash", "SpamFilter=~signal 1\nExitCode=1\n", "1\n",
-       spam + "1: Filter crashed (ExitCode: 11)\n" + detected},
+      {"crash", "SpamFilter=~crash 1\nExitCode=1\n", "1\n",
+       spam + "1: Filter crashed (ExitCode: " + CrashCode() + ")\n" + detected},
       {"not startable", "SpamFilter=C:\\no $chdir$ x\nSpamFilter2=~0 2\n", "",
        "Error|SpamFilter|" + text + " [C:\\no  x]\n" + detected},
   };

@@ -11,7 +11,7 @@ namespace {
 
 class Hooks : public TProgramTest {
  protected:
-  Hooks() { Script("note", "echo $1 >> \"${0%/*}/ran\""); }
+  Hooks() { Program("note"); }
 
   std::string Note(const std::string& text) const {
     return scan_->folder.Path("note") + " " + text + "\r\n";
@@ -49,8 +49,8 @@ TEST_F(Hooks, RunAtTheirPoints) {
 }
 
 TEST_F(Hooks, RunOneAfterTheOther) {
-  Script("slow", "sleep 0.2; echo $1 >> \"${0%/*}/ran\"");
-  const std::string missing = "C:\\no\\such\r\n";
+  Program("slow");
+  const std::string missing = "C:\\no-such-program\r\n";
   scan_->folder.Write("Quarda.app", "[before all]\r\n;" + Note("comment") + "\r\n  \r\n  ;" +
                                         Note("comment") + scan_->folder.Path("slow") + " 1\r\n" +
                                         missing + Note("2 $onlyattachment$") +
