@@ -27,6 +27,10 @@ target_include_directories(qd_sdk INTERFACE $<INSTALL_INTERFACE:include/quarda>)
 # shared one costs more at each scan than the engine itself.
 set(sdk_dir ${PROJECT_SOURCE_DIR}/sdk)
 set(sdk_source ${QD_BACKEND}/PluginLibrary.cpp)
+set(sdk_sources ${sdk_dir}/${sdk_source})
+if(WIN32)
+  list(APPEND sdk_sources ${PROJECT_SOURCE_DIR}/src/platform/win32/FrameTable.h)
+endif()
 add_library(qd_sdk_plugin INTERFACE)
 set_target_properties(qd_sdk_plugin PROPERTIES EXPORT_NAME Plugin)
 target_link_libraries(qd_sdk_plugin INTERFACE $<INSTALL_INTERFACE:qd_sdk>)
@@ -46,7 +50,7 @@ endif()
 install(FILES ${contract_dir}/AnsiString.h ${contract_dir}/RefCounted.h ${contract_dir}/QDIntf.h
               ${contract_generated_dir}/QDCall.h ${sdk_dir}/PluginLibrary.h
         DESTINATION include/quarda COMPONENT sdk)
-install(FILES ${sdk_dir}/${sdk_source} DESTINATION share/quarda COMPONENT sdk)
+install(FILES ${sdk_sources} DESTINATION share/quarda COMPONENT sdk)
 install(TARGETS qd_sdk qd_sdk_plugin EXPORT QDEngine COMPONENT sdk)
 install(EXPORT QDEngine FILE QDEngineConfig.cmake NAMESPACE QDEngine::
         DESTINATION lib/cmake/QDEngine COMPONENT sdk)

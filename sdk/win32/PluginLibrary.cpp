@@ -2,7 +2,27 @@
 
 #include <windows.h>
 
+#include "FrameTable.h"
+
 namespace quarda {
+namespace {
+
+/// As long as this library is loaded, errors find their way out of it through the engine. The
+/// engine cannot go before its plug-ins.
+struct TWayThroughEngine {
+  TWayThroughEngine() : engine(::GetModuleHandleA("QDEngine.dll")) {
+    if (engine != nullptr) platform::win32::LearnFrames(engine);
+  }
+  ~TWayThroughEngine() {
+    if (engine != nullptr) platform::win32::ForgetFrames(engine);
+  }
+
+  HMODULE engine;
+};
+
+[[maybe_unused]] const TWayThroughEngine wayThroughEngine;
+
+}  // namespace
 
 std::string PluginLibraryPath() {
   static const char kHere = 0;

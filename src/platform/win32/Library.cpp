@@ -2,6 +2,7 @@
 #include "Library.h"
 
 #include "Files.h"
+#include "FrameTable.h"
 #include "Paths.h"
 #include "Quiet.h"
 #include "System.h"
@@ -21,14 +22,15 @@ std::string FileOf(std::string_view given) {
 
 }  // namespace
 
-// Libraries that the loaded one needs are looked for beside it.
+// Libraries that the loaded one needs are looked for beside it, which LoadLibraryA does not do.
 TLibraryHandle LoadLibraryFile(std::string_view path) noexcept {
   return OrElse(TLibraryHandle{0}, [&]() -> TLibraryHandle {
     const std::string file = FileOf(path);
     if (file.empty()) return 0;
     const TNoErrorBoxes quiet;
-    return reinterpret_cast<TLibraryHandle>(
-        ::LoadLibraryExA(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    const HMODULE library = ::LoadLibraryExA(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (library != nullptr) LearnFrames(library);
+    return reinterpret_cast<TLibraryHandle>(library);
   });
 }
 
@@ -38,7 +40,9 @@ void* FindExport(TLibraryHandle library, const char* name) noexcept {
 }
 
 void UnloadLibrary(TLibraryHandle library) noexcept {
-  if (library != 0) ::FreeLibrary(reinterpret_cast<HMODULE>(library));
+  if (library == 0) return;
+  ForgetFrames(reinterpret_cast<HMODULE>(library));
+  ::FreeLibrary(reinterpret_cast<HMODULE>(library));
 }
 
 }  // namespace quarda::platform
