@@ -134,10 +134,13 @@ TEST(AnsiString, IsOnePointerToABlockOfFixedLayout) {
   EXPECT_STREQ(block->characters, "abc");
 }
 
+TForeignBlock* released = nullptr;
+
+void QDCALL NoteRelease(TForeignBlock* dead) { released = dead; }
+
 TEST(AnsiString, TheMakerOfABlockFreesIt) {
-  static TForeignBlock* released;
   released = nullptr;
-  TForeignBlock block{1, 3, [](TForeignBlock* dead) { released = dead; }, "abc"};
+  TForeignBlock block{1, 3, NoteRelease, "abc"};
   {
     AnsiString text;
     TForeignBlock* const pointer = &block;
