@@ -48,8 +48,8 @@ void CompareTag(const std::string& tagText) {
   // One attribute changes: the others keep their text, whichever way the tag is written.
   std::string written;
   size_t left = simple.attributes.size() / 2;
-  AppendTag(written, "<" + simple.name, SplitTag(tagText).attributes, [&](const TAttrView&) {
-    return left-- == 0 ? std::optional<std::string_view>("v") : std::nullopt;
+  AppendTag(written, "<" + simple.name + " ", SplitTag(tagText).attributes, [&](const TAttrView&) {
+    return left-- == 0 ? std::optional<std::string_view>("=v") : std::nullopt;
   });
   if (!simple.attributes.empty()) {
     TSimpleAttr& changed = simple.attributes[simple.attributes.size() / 2];

@@ -28,9 +28,7 @@ TTagParts SplitTag(std::string_view tagText) noexcept {
   return {name, rest};
 }
 
-TAttrReader::TAttrReader(std::string_view text) : text_(text) {
-  text_ = Trim(text_);
-  if (text_.find('\r') == std::string_view::npos) return;
+void TAttrReader::DropReturns() {
   withoutReturns_ = DelChars(text_, "\r");
   text_ = withoutReturns_;
 }

@@ -1,6 +1,8 @@
 // The text of one tag, read and written without a tag object.
 #pragma once
 
+#include <Utils.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -54,7 +56,9 @@ struct TAttrView {
 /// when it holds a carriage return: these count nowhere.
 class TAttrReader {
  public:
-  explicit TAttrReader(std::string_view text);
+  explicit TAttrReader(std::string_view text) : text_(Trim(text)) {
+    if (text_.find('\r') != std::string_view::npos) DropReturns();
+  }
   TAttrReader(const TAttrReader&) = delete;
   TAttrReader& operator=(const TAttrReader&) = delete;
 
@@ -75,6 +79,7 @@ class TAttrReader {
   }
 
  private:
+  void DropReturns();
   void ReadSpace() noexcept;
 
   std::string withoutReturns_;
@@ -141,18 +146,16 @@ inline void AppendWithSpace(std::string& text, const TAttrView& attribute) {
   }
 }
 
-/// Writes the text of all attributes anew, and a blank in front of the first one. `change` gets
-/// each attribute (a TAttrView) and gives its new value, which ends in no blank, or nothing (a
+/// Writes the text of all attributes anew. `change` gets each attribute (a TAttrView) and gives
+/// what is to stand behind its name, "=" and a value that ends in no blank, or nothing (a
 /// std::optional<std::string_view>). One blank follows a changed attribute.
 template <class TChange>
 void AppendAttributes(std::string& text, std::string_view attributes, const TChange& change) {
   TAttrReader reader(attributes);
   size_t done = 0;
-  for (bool isFirst = true; reader.Next(); isFirst = false) {
-    if (isFirst) text += ' ';
+  while (reader.Next()) {
     if (const std::optional<std::string_view> value = change(reader.Attribute())) {
       text += reader.Slice(done, reader.NameEnd());
-      text += '=';
       text += *value;
       if (!reader.IsAtEnd()) text += ' ';
     } else if (!reader.IsAsWritten()) {
@@ -164,17 +167,20 @@ void AppendAttributes(std::string& text, std::string_view attributes, const TCha
     done = reader.End();
   }
   if (done < reader.End()) text += reader.Slice(done, reader.End());
-  if (text.back() == ' ') text.pop_back();  // stands between attributes only
 }
 
-/// Writes a tag anew, as a tag object would: `start` ("<" and its name) and the attributes, as
-/// AppendAttributes does.
+/// Writes a tag anew, as a tag object would: `start` ("<", its name and a blank) and the
+/// attributes, as AppendAttributes does. No blank stands in front of the ">".
 template <class TChange>
 void AppendTag(std::string& text, std::string_view start, std::string_view attributes,
                const TChange& change) {
   text += start;
-  if (!attributes.empty()) AppendAttributes(text, attributes, change);
-  text += '>';
+  AppendAttributes(text, attributes, change);
+  if (text.back() == ' ') {
+    text.back() = '>';
+  } else {
+    text += '>';
+  }
 }
 
 /// The value, as written, of the first attribute of that name (letter case ignored); empty when

@@ -11,8 +11,6 @@
 namespace quarda {
 namespace {
 
-bool IsTrimmed(char c) noexcept { return static_cast<unsigned char>(c) <= ' '; }
-
 bool IsLineBreak(char c) noexcept { return c == '\r' || c == '\n'; }
 
 char OtherLineBreak(char c) noexcept { return c == '\r' ? '\n' : '\r'; }
@@ -49,18 +47,6 @@ void SkipLineBreak(std::string_view& rest) noexcept {
 }
 
 }  // namespace
-
-std::string_view TrimLeft(std::string_view text) noexcept {
-  const auto first = std::ranges::find_if_not(text, IsTrimmed);
-  return text.substr(static_cast<size_t>(first - text.begin()));
-}
-
-std::string_view TrimRight(std::string_view text) noexcept {
-  while (!text.empty() && IsTrimmed(text.back())) text.remove_suffix(1);
-  return text;
-}
-
-std::string_view Trim(std::string_view text) noexcept { return TrimLeft(TrimRight(text)); }
 
 std::string Concat(std::initializer_list<std::string_view> pieces) {
   size_t size = 0;

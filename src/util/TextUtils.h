@@ -13,10 +13,19 @@
 
 namespace quarda {
 
+/// Whether it is a blank or a control character.
+inline bool IsTrimmed(char c) noexcept { return static_cast<unsigned char>(c) <= ' '; }
+
+inline std::string_view TrimLeft(std::string_view text) noexcept {
+  while (!text.empty() && IsTrimmed(text.front())) text.remove_prefix(1);
+  return text;
+}
+inline std::string_view TrimRight(std::string_view text) noexcept {
+  while (!text.empty() && IsTrimmed(text.back())) text.remove_suffix(1);
+  return text;
+}
 /// The text without blanks and control characters (codes up to 32) at its ends; a view into it.
-std::string_view Trim(std::string_view text) noexcept;
-std::string_view TrimLeft(std::string_view text) noexcept;
-std::string_view TrimRight(std::string_view text) noexcept;
+inline std::string_view Trim(std::string_view text) noexcept { return TrimLeft(TrimRight(text)); }
 
 /// The pieces joined.
 std::string Concat(std::initializer_list<std::string_view> pieces);

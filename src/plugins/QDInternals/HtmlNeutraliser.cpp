@@ -29,7 +29,7 @@ constexpr std::string_view kFrameRemoved = "iframe found and removed.";
 
 // What becomes of an attribute of a renamed tag.
 constexpr std::optional<std::string_view> kUnchanged;
-constexpr std::optional<std::string_view> kNoValue = "\"\"";
+constexpr std::optional<std::string_view> kNoValue = "=\"\"";
 
 // What makes an object an ActiveX one.
 constexpr std::string_view kClass = "classid";
@@ -40,9 +40,9 @@ struct TElement {
   std::string_view newStart;
   std::string_view newClosingTag;
 };
-constexpr TElement kObject = {"object", "<block_object", "</block_object>"};
-constexpr TElement kScript = {"script", "<block_script", "</block_script>"};
-constexpr TElement kFrame = {"iframe", "<block_iframe", "</block_iframe>"};
+constexpr TElement kObject = {"object", "<block_object ", "</block_object>"};
+constexpr TElement kScript = {"script", "<block_script ", "</block_script>"};
+constexpr TElement kFrame = {"iframe", "<block_iframe ", "</block_iframe>"};
 
 constexpr size_t kNameSize = kObject.name.size();
 static_assert(kScript.name.size() == kNameSize && kFrame.name.size() == kNameSize);
@@ -241,7 +241,8 @@ class TPageWalk {
     const size_t before = changed_.size();
     std::optional<bool> hadValue;
     AppendTag(changed_, Element().newStart, attributes_, [&](const TAttrView& attribute) {
-      if (hadValue || !platform::SameAnsiText(attribute.name, name)) return kUnchanged;
+      const bool isNamed = attribute.name == name || platform::SameAnsiText(attribute.name, name);
+      if (hadValue || !isNamed) return kUnchanged;
       hadValue = !attribute.value.empty();
       return kNoValue;
     });
