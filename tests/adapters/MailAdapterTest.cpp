@@ -177,6 +177,10 @@ TEST_F(MailAdapterTest, CopiesAndTurnsWholeParts) {
   EXPECT_TRUE(copied(part)) << "over what was there";
   part->Assign(nullptr);
   EXPECT_EQ(part->GetCount() + part->GetBody()->GetCount() + part->GetHeader()->GetCount(), 0);
+  part->Assign(mail_.Get());
+  EXPECT_EQ(part->GetCount(), 3) << "the mail that it belongs to, and itself in there";
+  EXPECT_EQ(part->GetParts(2)->GetCount(), 0);
+  part->Assign(nullptr);
   mail_->Move(2, 0);
   EXPECT_EQ(mail_->GetParts(0)->GetHeader()->GetCount(), 0);
   mail_->Delete(0);

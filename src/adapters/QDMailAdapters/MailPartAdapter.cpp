@@ -25,6 +25,25 @@ TRef<IMailPart> AsPart(const TRef<TMailPartAdapter>& adapter) {
   return TRef<IMailPart>(static_cast<IMail*>(adapter.Get()));
 }
 
+// A part that is to be copied, and where its parent stands in the list.
+struct TSourcePart {
+  TRef<IMailPart> part;
+  size_t parent = 0;
+};
+
+// The part and all below it, parents first. What is added below it later is not among them: a part
+// can be given a copy of the part that it belongs to.
+std::vector<TSourcePart> PartsOf(IMailPart* root) {
+  std::vector<TSourcePart> parts{{TRef<IMailPart>(root)}};
+  for (size_t i = 0; i < parts.size(); ++i) {
+    const int32_t count = parts[i].part->GetCount();
+    for (int32_t child = 0; child < count; ++child) {
+      parts.push_back({parts[i].part->GetParts(child), i});
+    }
+  }
+  return parts;
+}
+
 TMail* MailOf(TMailPart& part) noexcept {
   TMail* const mail = part.GetMail();
   return mail == &part ? mail : nullptr;
@@ -135,16 +154,14 @@ void TMailPartAdapter::Assign(IMailPart* source) {
   Empty();
   if (!source) return;
   part_.DropBody();  // it need not be read only to be replaced
-  using TCopy = std::pair<TRef<IMailPart>, TRef<IMailPart>>;  // to, from
-  std::vector<TCopy> pending;
-  pending.emplace_back(TRef<IMailPart>(static_cast<IMail*>(this)), TRef<IMailPart>(source));
-  while (!pending.empty()) {
-    const auto [to, from] = std::move(pending.back());
-    pending.pop_back();
-    to->GetHeader()->Assign(from->GetHeader().Get());
-    to->GetBody()->Assign(from->GetBody().Get());
-    const int32_t count = from->GetCount();
-    for (int32_t i = 0; i < count; ++i) pending.emplace_back(to->Add(), from->GetParts(i));
+  const std::vector<TSourcePart> parts = PartsOf(source);
+  std::vector<TRef<IMailPart>> copies;
+  copies.reserve(parts.size());
+  for (const TSourcePart& from : parts) {
+    copies.push_back(copies.empty() ? TRef<IMailPart>(static_cast<IMail*>(this))
+                                    : copies[from.parent]->Add());
+    copies.back()->GetHeader()->Assign(from.part->GetHeader().Get());
+    copies.back()->GetBody()->Assign(from.part->GetBody().Get());
   }
 }
 
