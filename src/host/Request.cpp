@@ -31,6 +31,10 @@ using namespace quarda;
 
 constexpr const char* kProgramName = QD_HOST_FILE;
 
+// For the other clients, for the engine's mutex and for a first sign of work. Even together they
+// are less than most servers give a scan.
+constexpr uint32_t kWaitMilliseconds = 10'000;
+
 bool IsSwitch(std::string_view argument) {
   return argument.starts_with('-') || argument.starts_with('/');
 }
@@ -80,7 +84,7 @@ std::optional<TSharedRequest> MakeRequest(const TArgumentLine& arguments) {
 }
 
 bool Take(platform::TNamedMutex& mutex) {
-  return mutex.Wait(kRequestWaitMilliseconds) != platform::TWaitResult::kTimeOut;
+  return mutex.Wait(kWaitMilliseconds) != platform::TWaitResult::kTimeOut;
 }
 
 /// Whether the engine has the mutex, as it does while it scans.
@@ -106,7 +110,7 @@ std::optional<int32_t> AskEngine(const TArgumentLine& arguments) {
   mutex.Release();
   const std::optional<intptr_t> reply =
       platform::SendToWindow(kEngineWindowClass, kEngineWindowTitle, kScanRequest,
-                             kRequestWaitMilliseconds, [&mutex] { return IsAtWork(mutex); });
+                             kWaitMilliseconds, [&mutex] { return IsAtWork(mutex); });
   if (!reply || *reply == kRequestRefused || !IsAcceptedRequest(record, *request)) {
     return std::nullopt;
   }
@@ -115,6 +119,8 @@ std::optional<int32_t> AskEngine(const TArgumentLine& arguments) {
 
 std::optional<int32_t> AskEngine() {
   try {
+    // A scanner that the engine waits for would wait for the engine.
+    if (platform::IsServing()) return std::nullopt;
     const std::optional<TArgumentLine> arguments = ReadArguments();
     return arguments ? AskEngine(*arguments) : std::nullopt;
   } catch (const std::exception&) {

@@ -105,6 +105,12 @@ TEST_F(Resident, ScansOnlyAsTheAskingProcessWould) {
   }
   EXPECT_EQ(record_.RequestCount, 2) << "what was refused does not count";
 
+  // A line written alone, over a request of the same length.
+  WriteRequest(record_, request);
+  std::memcpy(record_.RequestCommandLine, another.line.data(), another.line.size());
+  EXPECT_EQ(ReadRequest(record_).circumstances, "");
+  EXPECT_EQ(window_.ServeRequest(0), 0) << "served, though there is no such file here";
+
   // As long as the field has room; then no NUL is behind it.
   TSharedRequest longest = request;
   while (FitsRequest(longest)) longest.line += 'x';

@@ -178,10 +178,21 @@ printf "$settings[Virus Subjects]\nprize\n" >"$base/Quarda.ini"
 start_engine
 request 1 1 prize
 
+# A scanner that asks in turn is not kept waiting for the engine that waits for it.
+printf 'Subject: prize\r\n\r\nText\r\n' >"$work/in_member.inp"
+printf '#!/bin/sh\ncase $1 in *member*) exit 0; esac\nexec "%s" "%s"\n' "$base/quarda-request" \
+  "$work/in_member.inp" >"$work/scanner"
+chmod +x "$work/scanner"
+printf "$settings[Virus Subjects]\nprize\n[VirusScan]\nMailScan=$work/scanner "'"$FILE$"\n' >"$base/Quarda.ini"
+SECONDS=0
+request 1 2 unpacked
+((SECONDS < 8)) || fail "a scanner that asks in turn waits"
+printf "$settings[Virus Subjects]\nprize\n" >"$base/Quarda.ini"
+
 # Whoever keeps the others out for good holds up no mail.
 flock -o "$objects" sleep 4 & keeper=$!
 until_true is_locked
-request 1 1 prize
+request 1 2 prize
 kill -0 $keeper 2>/dev/null || fail "the client waits as long as it likes"
 wait $keeper
 "$base/quarda-request" -daemon -quit </dev/null

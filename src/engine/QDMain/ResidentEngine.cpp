@@ -123,6 +123,7 @@ void Serve(const TEngineEnvironment& environment) {
     record.Get()->ProcessId = platform::ProcessId();
     record.Get()->LastActivity = Now(environment);
     record.Get()->IdleMinutes = kDefaultIdleMinutes;
+    platform::MarkAsServing();
     window.Run();
   } catch (const platform::EPlatformError&) {
     // Another engine was faster, or the system allows no window: nobody is served here.

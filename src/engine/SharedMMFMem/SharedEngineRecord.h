@@ -23,7 +23,7 @@ inline constexpr const char* kResidentSwitch = "daemon";
 inline constexpr uint32_t kScanRequest = platform::kUserMessage + 1;
 inline constexpr int32_t kRequestRefused = -1;
 
-/// How long either side waits for the request mutex.
+/// How long the engine waits for the request mutex.
 inline constexpr uint32_t kRequestWaitMilliseconds = 30'000;
 
 struct SharedEngineRecord {

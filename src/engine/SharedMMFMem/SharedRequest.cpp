@@ -1,5 +1,7 @@
 #include "SharedRequest.h"
 
+#include <HashText.h>
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -10,7 +12,9 @@ namespace {
 constexpr std::string_view kAsked = "as-asked:";
 constexpr std::string_view kAccepted = "accepted:";
 static_assert(kAsked.size() == kAccepted.size());
+constexpr size_t kLineDigits = 8;
 constexpr size_t kDigits = 16;
+constexpr size_t kTermsSize = kAsked.size() + kLineDigits + kDigits;  // without the folder
 
 /// The text that begins there, up to its NUL or the end of the field.
 std::string_view TextAt(const SharedEngineRecord& record, size_t at) {
@@ -22,21 +26,28 @@ std::string_view TextAt(const SharedEngineRecord& record, size_t at) {
 /// Where what stands behind the command line begins.
 size_t TermsStart(const SharedEngineRecord& record) { return TextAt(record, 0).size() + 1; }
 
-bool IsTerms(std::string_view text) {
-  return text.size() > kAsked.size() + kDigits &&
-         (text.starts_with(kAsked) || text.starts_with(kAccepted));
+/// Stands for a command line in its terms. Those of an earlier request can lie behind a line of the
+/// same length from somebody who writes the line alone.
+std::string LineMark(std::string_view line) {
+  return platform::HashText(line).substr(0, kLineDigits);
+}
+
+bool IsTerms(std::string_view text, std::string_view line) {
+  return text.size() > kTermsSize && (text.starts_with(kAsked) || text.starts_with(kAccepted)) &&
+         text.substr(kAsked.size(), kLineDigits) == LineMark(line);
 }
 
 }  // namespace
 
 bool FitsRequest(const TSharedRequest& request) noexcept {
-  return request.line.size() + 1 + kAsked.size() + kDigits + request.folder.size() <=
+  return request.line.size() + 1 + kTermsSize + request.folder.size() <=
          sizeof(SharedEngineRecord::RequestCommandLine);
 }
 
 void WriteRequest(SharedEngineRecord& record, const TSharedRequest& request) {
   std::string text = request.line;
-  text.append(1, '\0').append(kAsked).append(request.circumstances).append(request.folder);
+  text.append(1, '\0').append(kAsked).append(LineMark(request.line));
+  text.append(request.circumstances).append(request.folder);
   std::memset(record.RequestCommandLine, 0, sizeof record.RequestCommandLine);
   std::memcpy(record.RequestCommandLine, text.data(), text.size());
 }
@@ -44,17 +55,17 @@ void WriteRequest(SharedEngineRecord& record, const TSharedRequest& request) {
 TSharedRequest ReadRequest(const SharedEngineRecord& record) {
   TSharedRequest request{std::string(TextAt(record, 0)), {}, {}};
   std::string_view terms = TextAt(record, TermsStart(record));
-  if (IsTerms(terms)) {
-    terms.remove_prefix(kAsked.size());
+  if (IsTerms(terms, request.line)) {
+    terms.remove_prefix(kAsked.size() + kLineDigits);
     request.circumstances = terms.substr(0, kDigits);
     request.folder = terms.substr(kDigits);
   }
   return request;
 }
 
-void AcceptRequest(SharedEngineRecord& record) noexcept {
+void AcceptRequest(SharedEngineRecord& record) {
   const size_t at = TermsStart(record);
-  if (!IsTerms(TextAt(record, at))) return;
+  if (!IsTerms(TextAt(record, at), TextAt(record, 0))) return;
   std::memcpy(record.RequestCommandLine + at, kAccepted.data(), kAccepted.size());
 }
 

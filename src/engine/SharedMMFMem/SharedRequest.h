@@ -26,7 +26,7 @@ TSharedRequest ReadRequest(const SharedEngineRecord& record);
 
 /// Notes that the circumstances of the request in the field are those of the engine. They stay
 /// there to be compared again: those who gave up waiting may have left a message behind.
-void AcceptRequest(SharedEngineRecord& record) noexcept;
+void AcceptRequest(SharedEngineRecord& record);
 /// Whether the field holds this request, and an engine has accepted it.
 bool IsAcceptedRequest(const SharedEngineRecord& record, const TSharedRequest& request);
 

@@ -138,6 +138,12 @@ std::string ProcessCircumstances(std::string_view library) noexcept {
   });
 }
 
+void MarkAsServing() {
+  if (::setenv(kServing, "1", 1) != 0) Raise(kServing);
+}
+
+bool IsServing() noexcept { return std::getenv(kServing) != nullptr; }
+
 std::string ScanCircumstances(std::string_view file, std::string_view process) noexcept {
   return OrElse(std::string(), [&] {
     TFacts facts;

@@ -60,6 +60,12 @@ std::string ProcessCircumstances(std::string_view library) noexcept {
   });
 }
 
+void MarkAsServing() {
+  if (!::SetEnvironmentVariableA(kServing, "1")) throw EPlatformError(LastErrorCode(), kServing);
+}
+
+bool IsServing() noexcept { return ::GetEnvironmentVariableA(kServing, nullptr, 0) != 0; }
+
 std::string ScanCircumstances(std::string_view file, std::string_view process) noexcept {
   return OrElse(std::string(), [&] {
     const BY_HANDLE_FILE_INFORMATION found = InformationOf(file, GENERIC_READ);
