@@ -47,6 +47,13 @@ constexpr TElement kFrame = {"iframe", "<block_iframe ", "</block_iframe>"};
 constexpr size_t kNameSize = kObject.name.size();
 static_assert(kScript.name.size() == kNameSize && kFrame.name.size() == kNameSize);
 
+// Of one size, known to the compiler, which then copies it without a call.
+std::string_view NewStart(const TElement& element) {
+  constexpr size_t kSize = kObject.newStart.size();
+  static_assert(kScript.newStart.size() == kSize && kFrame.newStart.size() == kSize);
+  return {element.newStart.data(), kSize};
+}
+
 // The first letters of a text as one number, letter case apart: it equals that of a name only when
 // the letters do.
 uint64_t SmallLetters(const char* text) noexcept {
@@ -228,7 +235,7 @@ class TPageWalk {
   // Gives the element its new name; the start tag is written anew.
   void Rename() {
     StartReplacing(*current_);
-    AppendTag(changed_, Element().newStart, attributes_,
+    AppendTag(changed_, NewStart(Element()), attributes_,
               [](const TAttrView&) { return kUnchanged; });
     FinishRenaming();
   }
@@ -240,7 +247,7 @@ class TPageWalk {
     StartReplacing(*current_);
     const size_t before = changed_.size();
     std::optional<bool> hadValue;
-    AppendTag(changed_, Element().newStart, attributes_, [&](const TAttrView& attribute) {
+    AppendTag(changed_, NewStart(Element()), attributes_, [&](const TAttrView& attribute) {
       const bool isNamed = attribute.name == name || platform::SameAnsiText(attribute.name, name);
       if (hadValue || !isNamed) return kUnchanged;
       hadValue = !attribute.value.empty();
