@@ -62,14 +62,17 @@ std::string BatchArgument(const std::string& argument) {
   return quoted += '"';
 }
 
-/// A batch file needs the command processor, which would read meaning into its arguments.
+/// A batch file needs the command processor, which would read meaning into its arguments. It runs
+/// nothing when the line is longer than it takes, and says so only on its output.
 TCommand BatchCommand(const std::string& program, const std::vector<std::string>& pieces) {
+  constexpr size_t kLongestLine = 8190;
   const std::string folder =
       TextOf([](char* text, DWORD size) { return ::GetSystemDirectoryA(text, size); });
   TCommand command{folder + "\\cmd.exe", {}};
   command.line = "\"" + command.program + "\" /e:ON /v:OFF /d /c \"\"" + program + "\"";
   for (size_t i = 1; i < pieces.size(); ++i) command.line += ' ' + BatchArgument(pieces[i]);
   command.line += '"';
+  if (command.line.size() > kLongestLine) throw EPlatformError(ERROR_FILENAME_EXCED_RANGE, program);
   return command;
 }
 
@@ -161,9 +164,15 @@ TStarted StartSuspended(const TProgramStart& start) {
   return {THandle(started.hProcess), THandle(started.hThread)};
 }
 
-/// Whether a process that ended by itself with this code was ended by an exception: the codes of
-/// the system, and those that run-time libraries raise.
-bool IsException(DWORD exitCode) noexcept { return exitCode >> 28 == 0xC || exitCode >> 28 == 0xE; }
+/// Whether a process that ended by itself with this code was ended by an exception: the errors of
+/// the system and of run-time libraries, what only a debugger goes on from (a break point, say),
+/// and a run-time library that gave up.
+bool IsException(DWORD exitCode) noexcept {
+  constexpr DWORD kFatalExit = 0x40000015;
+  return exitCode >> 28 == 0xC || exitCode >> 28 == 0xE ||
+         (exitCode >= EXCEPTION_GUARD_PAGE && exitCode <= EXCEPTION_SINGLE_STEP) ||
+         exitCode == kFatalExit;
+}
 
 }  // namespace
 
@@ -179,6 +188,7 @@ struct TProcess::TState {
     return ::WaitForSingleObject(process.Get(), time) == WAIT_OBJECT_0;
   }
   DWORD ExitCode() const noexcept {
+    if (givenUp) return *givenUp;
     DWORD code = kStillActive;
     ::GetExitCodeProcess(process.Get(), &code);
     return code;
@@ -187,6 +197,7 @@ struct TProcess::TState {
   THandle process;
   THandle job;  // none where this process may not give one
   bool terminated = false;
+  std::optional<DWORD> givenUp;  // the exit code of one that would not die
 };
 
 TProcess::TProcess(const TProgramStart& start) : state_(std::make_unique<TState>(start)) {}
@@ -212,7 +223,8 @@ void TProcess::Terminate(uint32_t exitCode) {
   if (!state_->job || !::TerminateJobObject(state_->job.Get(), exitCode)) {
     ::TerminateProcess(state_->process.Get(), exitCode);
   }
-  state_->terminated = !state_->WaitFor(kLongestDeath) || state_->ExitCode() == exitCode;
+  if (!state_->WaitFor(kLongestDeath)) state_->givenUp = exitCode;
+  state_->terminated = state_->ExitCode() == exitCode;
 }
 
 uint32_t TProcess::ExitCode() { return state_->ExitCode(); }

@@ -39,6 +39,7 @@ TEST_F(Win32, BatchFilesGetTheirArgumentsAsTheyAre) {
     EXPECT_EQ(seen, row.seen + '|') << row.given;
   }
   EXPECT_THROW(Run(batch + " \"a\nb\""), EPlatformError);
+  EXPECT_THROW(Run(batch + ' ' + std::string(8'190, 'x')), EPlatformError);
 }
 
 /// What the shell says of a program agrees with the headers, which are read when the question is
@@ -67,6 +68,28 @@ TEST_F(Win32, AnExceptionIsNoExitCode) {
   EXPECT_TRUE(process.Wait(std::nullopt));
   EXPECT_TRUE(process.Crashed());
   EXPECT_NE(process.ExitCode(), 0u);
+  const struct {
+    uint32_t code;
+    bool crashed;
+  } kRows[] = {{0xC0000005, true},  {0xE06D7363, true},  {0x80000001, true},  {0x80000003, true},
+               {0x80000004, true},  {0x40000015, true},  {0x80000000, false}, {0x80000005, false},
+               {0x40000014, false}, {0xFFFFFFFF, false}, {255, false}};
+  for (const auto& row : kRows) {
+    const auto code = std::to_string(static_cast<int32_t>(row.code));
+    TProcess ended({"\"" QD_TEST_PROGRAM "\" exit " + code, {}, true});
+    EXPECT_TRUE(ended.Wait(std::nullopt));
+    EXPECT_EQ(ended.ExitCode(), row.code);
+    EXPECT_EQ(ended.Crashed(), row.crashed) << code;
+  }
+}
+
+/// The name of the new content would be longer than the system takes.
+TEST_F(Win32, LongPathsAreWrittenInPlace) {
+  const std::string name(MAX_PATH - 1 - Path("").size(), 'x');
+  Put(name, "old content");
+  ReplaceFileContent(Path(name), "new");
+  EXPECT_EQ(Content(name), "new");
+  EXPECT_EQ(CountFiles(), 1u);
 }
 
 TEST_F(Win32, DevicesAreNoFiles) {
