@@ -128,7 +128,8 @@ inline constexpr const char* kReplacementFiles = ".quarda-*.tmp";
 /// New content for a file that must survive: it is written beside the file and renamed into place
 /// by `Commit`, keeping owner and mode of the old one; without `Commit` the old content stays and
 /// nothing is left behind. A link is followed to the file it names. Where the folder allows no new
-/// file, the content is collected and written in place by `Commit`.
+/// file (or the system no path that long), the content is collected and written in place by
+/// `Commit`.
 class TReplacingFile {
  public:
   explicit TReplacingFile(std::string_view path, TDurability durability = TDurability::kNormal);
@@ -144,7 +145,8 @@ class TReplacingFile {
   std::unique_ptr<TState> state_;
 };
 
-/// The whole file as bytes. Raises EPlatformError when it cannot be read.
+/// The whole file as bytes. Raises EPlatformError when it cannot be read, and std::length_error
+/// when no text can be that long.
 std::string ReadWholeFile(std::string_view path);
 /// `TReplacingFile` in one call.
 void ReplaceFileContent(std::string_view path, std::string_view content,

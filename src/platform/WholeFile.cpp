@@ -1,4 +1,6 @@
 // Whole files in one call, the same on every system.
+#include <stdexcept>
+
 #include "Files.h"
 #include "PlatformError.h"
 
@@ -28,8 +30,12 @@ bool WriteOverSame(std::string_view path, std::string_view content) {
 std::string ReadWholeFile(std::string_view path) {
   TFile file(path, TOpenMode::kRead);
   std::string content;
+  const uint64_t expected = file.Size();
+  if (expected >= content.max_size()) {
+    throw std::length_error("File is too large for the memory: " + std::string(path));
+  }
   size_t size = 0;
-  size_t wanted = static_cast<size_t>(file.Size()) + 1;
+  size_t wanted = static_cast<size_t>(expected) + 1;
   while (true) {
     content.resize(size + wanted);
     const size_t count = file.Read(content.data() + size, wanted);

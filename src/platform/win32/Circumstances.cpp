@@ -76,6 +76,7 @@ std::string ScanCircumstances(std::string_view file, std::string_view process) n
 
 struct TFolderVisit::TState {
   std::string before = CurrentFolder();
+  std::string ours = ProgramFolder() + '\\';
 };
 
 TFolderVisit::TFolderVisit(std::string_view folder) : state_(std::make_unique<TState>()) {
@@ -84,6 +85,9 @@ TFolderVisit::TFolderVisit(std::string_view folder) : state_(std::make_unique<TS
   }
 }
 
-TFolderVisit::~TFolderVisit() { ::SetCurrentDirectoryA(state_->before.c_str()); }
+TFolderVisit::~TFolderVisit() {
+  // Nobody may be kept from the folder of a scan by a process that only could not leave it.
+  if (!::SetCurrentDirectoryA(state_->before.c_str())) ::SetCurrentDirectoryA(state_->ours.c_str());
+}
 
 }  // namespace quarda::platform

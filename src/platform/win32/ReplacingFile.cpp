@@ -74,6 +74,11 @@ void RemoveStaleFiles(const std::string& folder) noexcept {
   ::FindClose(finder);
 }
 
+/// Whether a file cannot be made in a folder that is there because its path would be too long.
+bool IsTooLong(DWORD code) noexcept {
+  return code == ERROR_PATH_NOT_FOUND || code == ERROR_FILENAME_EXCED_RANGE;
+}
+
 /// These parts of a file's security as the system writes them; empty when it does not tell.
 std::vector<char> SecurityOf(const std::string& path, SECURITY_INFORMATION parts) {
   DWORD size = 0;
@@ -155,9 +160,10 @@ void TReplacingFile::TState::CreateTemporary() {
     if (file && number % 64 == 0) RemoveStaleFiles(folder);
   } while (!file && ::GetLastError() == ERROR_FILE_EXISTS);
   if (!file) {
+    const DWORD code = ::GetLastError();
     temporary.clear();
-    inPlace = exists && ::GetLastError() == ERROR_ACCESS_DENIED;
-    if (!inPlace) Raise();
+    inPlace = exists && (code == ERROR_ACCESS_DENIED || IsTooLong(code));
+    if (!inPlace) Raise(code);
   } else if (exists && !TakeOverSecurity()) {
     Abandon();
     inPlace = true;
