@@ -1,4 +1,5 @@
-// What tells a scan by one process from a scan by another.
+// What tells a scan by one process from a scan by another. The rows run in copies of this process,
+// which only this system makes, and change what only it has, as limits and drives.
 #include <Circumstances.h>
 #include <Files.h>
 #include <PlatformError.h>
