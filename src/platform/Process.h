@@ -24,6 +24,9 @@ struct TProgramStart {
   std::string_view folder;
   /// Whether a window of the program starts hidden (where programs have windows).
   bool hidden = false;
+  /// Whether it ends, with all that it started, when this process ends before the TProcess is
+  /// destroyed (where the system can bind programs so).
+  bool bound = false;
 };
 
 /// A started program. It gets the three standard handles and nothing else, and a process group of

@@ -21,8 +21,8 @@ uint32_t ProcessId() noexcept;
 /// does not tell.
 bool IsCompanion(uint32_t process) noexcept;
 /// Runs a program of the same folder with the arguments of this process, which ends with it: where
-/// the system can, that program takes the place of this one, elsewhere its exit code is returned.
-/// Raises EPlatformError when it cannot be started.
+/// the system can, that program takes the place of this one, elsewhere its exit code is returned,
+/// and whoever kills this process ends it, too. Raises EPlatformError when it cannot be started.
 int32_t RunInPlace(std::string_view name);
 /// The full path of the module (library or program) that holds this code.
 std::string ModulePath();

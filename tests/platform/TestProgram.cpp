@@ -3,6 +3,7 @@
 #include <Files.h>
 #include <MessageWindow.h>
 #include <NamedObjects.h>
+#include <Process.h>
 #include <Program.h>
 
 #include <chrono>
@@ -25,6 +26,15 @@ std::string Joined(const TArguments& lines) {
 /// Has the system start this program once more, to write the file after a while.
 int StartWriter(const TArguments& arguments) {
   return std::system(("\"" + NativePath(arguments[0]) + "\" write " + arguments[2]).c_str());
+}
+
+/// Ends once the program that it started, bound to it, runs.
+int StartBoundWriter(const TArguments& arguments) {
+  new TProcess({"\"" + arguments[0] + "\" write " + arguments[2], {}, true, true});
+  while (!FileExists(arguments[2] + ".started")) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return 0;
 }
 
 int WriteLater(const TArguments& arguments) {
@@ -73,8 +83,15 @@ int Exit(const TArguments& arguments) { return std::stoi(arguments[2]); }
 int main() {
   const TArguments arguments = ProgramArguments();
   const std::map<std::string, std::function<int(const TArguments&)>> kCommands = {
-      {"show", Show},         {"folder", ShowFolder}, {"exit", Exit},
-      {"start", StartWriter}, {"write", WriteLater},  {"objects", OpenObjects},
-      {"mutex", OwnMutex},    {"window", OpenWindow}, {"post", Post}};
+      {"show", Show},
+      {"folder", ShowFolder},
+      {"exit", Exit},
+      {"start", StartWriter},
+      {"bound", StartBoundWriter},
+      {"write", WriteLater},
+      {"objects", OpenObjects},
+      {"mutex", OwnMutex},
+      {"window", OpenWindow},
+      {"post", Post}};
   std::_Exit(kCommands.at(arguments.at(1))(arguments));
 }

@@ -174,14 +174,29 @@ bool IsException(DWORD exitCode) noexcept {
          exitCode == kFatalExit;
 }
 
+/// False when the system does not limit it so.
+bool LimitJob(HANDLE job, DWORD limits) noexcept {
+  JOBOBJECT_EXTENDED_LIMIT_INFORMATION information{};
+  information.BasicLimitInformation.LimitFlags = limits;
+  return ::SetInformationJobObject(job, JobObjectExtendedLimitInformation, &information,
+                                   sizeof information) != 0;
+}
+
 }  // namespace
 
 struct TProcess::TState {
-  explicit TState(const TProgramStart& start) : TState(StartSuspended(start)) {}
-  explicit TState(TStarted started)
+  explicit TState(const TProgramStart& start) : TState(StartSuspended(start), start.bound) {}
+  TState(TStarted started, bool isBound)
       : process(std::move(started.process)), job(::CreateJobObjectA(nullptr, nullptr)) {
+    if (job && isBound) bound = LimitJob(job.Get(), JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE);
     if (job && !::AssignProcessToJobObject(job.Get(), process.Get())) job.Close();
     ::ResumeThread(started.thread.Get());
+  }
+
+  TState(const TState&) = delete;
+  TState& operator=(const TState&) = delete;
+  ~TState() {
+    if (job && bound) LimitJob(job.Get(), 0);
   }
 
   bool WaitFor(DWORD time) const noexcept {
@@ -196,6 +211,7 @@ struct TProcess::TState {
 
   THandle process;
   THandle job;  // none where this process may not give one
+  bool bound = false;
   bool terminated = false;
   std::optional<DWORD> givenUp;  // the exit code of one that would not die
 };

@@ -76,7 +76,7 @@ int32_t RunInPlace(std::string_view name) {
   const std::string_view own = RawProgramLine(given).front();
   std::string line = QuoteArgument(ProgramFolder() + "\\" + std::string(name));
   line += given.substr(static_cast<size_t>(own.data() + own.size() - given.data()));
-  TProcess program({line, {}, false});
+  TProcess program({line, {}, false, true});
   program.Wait(std::nullopt);
   return static_cast<int32_t>(program.ExitCode());
 }

@@ -92,6 +92,22 @@ TEST_F(Win32, LongPathsAreWrittenInPlace) {
   EXPECT_EQ(CountFiles(), 1u);
 }
 
+TEST_F(Win32, BoundProgramsEndWithWhoeverStartedThem) {
+  constexpr DWORD kTwiceItsSleep = 1'500;
+  const std::string program = QuoteArgument(WindowsPath(QD_TEST_PROGRAM));
+  const std::string folder = Path("");
+  TProcess process({program + " bound file", folder, true});
+  EXPECT_TRUE(process.Wait(std::nullopt));
+  {
+    const TProcess released({program + " start other", folder, true, true});
+    while (!FileExists(Path("other.started"))) ::Sleep(10);
+  }
+  ::Sleep(kTwiceItsSleep);
+  EXPECT_TRUE(FileExists(Path("file.started")));
+  EXPECT_FALSE(FileExists(Path("file")));
+  EXPECT_TRUE(FileExists(Path("other"))) << "a bound program that is given up goes on";
+}
+
 TEST_F(Win32, DevicesAreNoFiles) {
   for (const char* name : {"NUL", "nul.txt", "COM1", "con.exe", "AUX"}) {
     EXPECT_FALSE(FileExists(Path(name))) << name;
