@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Scans with the engine for Windows under Wine, as a mail server would, and compares what it leaves
-# with what the engine of this system leaves for the same mails: verdicts, rewritten mails, logs and
-# settings, byte by byte. The times in the log are left out, and texts of the system, which are its
+# with what the engine of this system leaves for the same mails: verdicts, rewritten mails, logs, the
+# traffic and settings, byte by byte. The times in the log are left out, and texts of the system, which are its
 # own. Then a batch file as scanner, a hook, a plug-in library, and the resident engine with its
 # client.
 #
@@ -25,14 +25,16 @@ fail() {
 windows() { printf 'Z:%s' "${1//\//\\}"; }
 run() { "$wine" "$@" </dev/null 2>/dev/null; }
 # The log without date and time.
-log() { cut -f3- "$1/Quarda.log" 2>/dev/null | tr -d '\r' || true; }
+log() { cut -f3- "$1/Quarda.log" 2>/dev/null || true; }
+# The traffic without the minute, in which the two scans differ.
+traffic() { cat "$1"/QD{In,Out}Mails.log 2>/dev/null | sed 's/^\[[^]]*\]/[]/' || true; }
 
 # --- The sample mails on both systems -------------------------------------------------------------
 
 for system in native win32; do
   mkdir -p "$work/$system/base" "$work/$system/mails"
   cp "${!system}"/* "$work/$system/base/"
-  cp "$repository/examples/settings/Quarda.ini" "$work/$system/base/"
+  sed 's/^LogMode=.*/&\nLogInOut=1/' "$repository/examples/settings/Quarda.ini" >"$work/$system/base/Quarda.ini"
 done
 
 # scan SYSTEM MAIL: the verdict.
@@ -57,13 +59,15 @@ for sample in "$repository"/examples/mails/*.eml "$repository"/tests/data/mails/
     for _ in 1 2; do
       for system in native win32; do
         cp "$sample" "$work/$system/mails/$mail"
-        rm -f "$work/$system/base/Quarda.log"
+        rm -f "$work/$system/base"/{Quarda,QDInMails,QDOutMails}.log
         printf 'exit %s\n' "$(scan $system "$mail")" >"$work/$system/seen"
-        log "$work/$system/base" >>"$work/$system/seen"
+        { log "$work/$system/base" && traffic "$work/$system/base"; } >>"$work/$system/seen"
+        grep -q '^\[\]' "$work/$system/seen" || fail "$name: no traffic on $system"
       done
       if cmp -s "$work"/{native,win32}/mails/"$mail"; then break; fi
     done
     grep -q 'Quarda finished' "$work/win32/seen" || fail "$name: was not scanned"
+    if sed 1d "$work/win32/seen" | grep -qv $'\r$'; then fail "$name: a line without CR LF"; fi
     cmp -s "$sample" "$work/win32/mails/$mail" || rewritten=$((rewritten + 1))
     cmp -s "$work"/{native,win32}/mails/"$mail" || fail "$name: the mails differ"
     diff -u "$work"/{native,win32}/seen || fail "$name: verdict or log differ"
