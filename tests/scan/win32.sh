@@ -67,7 +67,7 @@ for sample in "$repository"/examples/mails/*.eml "$repository"/tests/data/mails/
       if cmp -s "$work"/{native,win32}/mails/"$mail"; then break; fi
     done
     grep -q 'Quarda finished' "$work/win32/seen" || fail "$name: was not scanned"
-    if sed 1d "$work/win32/seen" | grep -qv $'\r$'; then fail "$name: a line without CR LF"; fi
+    if grep -qv $'\r$' < <(sed 1d "$work/win32/seen"); then fail "$name: a line without CR LF"; fi
     cmp -s "$sample" "$work/win32/mails/$mail" || rewritten=$((rewritten + 1))
     cmp -s "$work"/{native,win32}/mails/"$mail" || fail "$name: the mails differ"
     diff -u "$work"/{native,win32}/seen || fail "$name: verdict or log differ"
