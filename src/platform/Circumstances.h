@@ -20,13 +20,13 @@ std::string ProcessCircumstances(std::string_view library) noexcept;
 /// written and the file found under it. Empty when there is none or this process cannot read it.
 std::string ScanCircumstances(std::string_view file, std::string_view process) noexcept;
 
-/// The variable by which what such a process starts knows it.
-inline constexpr const char* kServing = "QUARDA_SERVING";
-/// Marks this process, and what it starts from now on, as working for others: whoever they wait for
-/// may in turn wait for this process. Raises EPlatformError.
+/// Marks this process, and what it starts from now on, as a resident engine's: none of them may
+/// wait for the engine, which may be waiting for them. Raises EPlatformError.
 void MarkAsServing();
 /// Whether this process or one that it descends from is marked so.
 bool IsServing() noexcept;
+/// The variable that carries the mark.
+inline constexpr const char* kServing = "QUARDA_SERVING";
 
 /// Makes a folder the current one for a scope; raises EPlatformError when that cannot be done. The
 /// current folder belongs to the whole process.

@@ -1,3 +1,4 @@
+// FNV-1a with 64 bits: no secret and no proof, but the same in every build.
 #include "HashText.h"
 
 #include <cstdint>

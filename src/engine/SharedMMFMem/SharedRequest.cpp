@@ -1,3 +1,4 @@
+// Behind the command line: a mark for the state, a hash of the line, the circumstances, the folder.
 #include "SharedRequest.h"
 
 #include <HashText.h>

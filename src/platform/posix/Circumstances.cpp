@@ -1,3 +1,5 @@
+// By rights, limits, mounts, variables and the files themselves, of which the system keeps a
+// number.
 #include "Circumstances.h"
 
 #include <fcntl.h>

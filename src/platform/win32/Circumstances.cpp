@@ -1,3 +1,5 @@
+// By the files themselves, of which the system keeps a number, and by the paths that lead to
+// others.
 #include "Circumstances.h"
 
 #include "CodePage.h"
